@@ -1,0 +1,23 @@
+# What every target of ours is compiled with. Nothing here reaches whoever embeds the library.
+
+option(CORVO_WARNINGS_AS_ERRORS "Treat compiler warnings as errors (our presets do)" OFF)
+set(CORVO_SANITIZERS "" CACHE STRING "Value for -fsanitize=, such as address,undefined or thread")
+
+add_library(corvo_rules INTERFACE)
+target_compile_features(corvo_rules INTERFACE cxx_std_17)
+target_compile_options(corvo_rules INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+  $<$<BOOL:${CORVO_WARNINGS_AS_ERRORS}>:-Werror>)
+# On i386, stat and open must not fail with EOVERFLOW where inode numbers need 64 bits.
+target_compile_definitions(corvo_rules INTERFACE _FILE_OFFSET_BITS=64)
+
+if(CORVO_SANITIZERS)
+  add_compile_options(-fsanitize=${CORVO_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  # GCC finds a null reference in every `catch (abi::__forced_unwind&)` that catches a cancellation.
+  add_compile_options(-fno-sanitize=null)
+  add_link_options(-fsanitize=${CORVO_SANITIZERS})
+endif()
+
+if(CORVO_FUZZERS)  # the coverage that the fuzzer is guided by
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

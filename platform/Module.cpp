@@ -1,0 +1,54 @@
+// Where the running program and its modules are: GetModuleFileName, which a host may replace.
+
+#include <dlfcn.h>
+#include <errno.h>
+#include <limits.h>
+#include <link.h>
+#include <unistd.h>
+
+#include <string_view>
+
+#include "platform/Win32Compat.h"
+
+namespace {
+
+using PathBuffer = char[PATH_MAX];
+
+// The kernel appends a mark when the program's file was replaced or removed while it runs; the
+// program still belongs to the directory it was started in.
+std::string_view WithoutDeletedMark(const char* path) {
+  constexpr std::string_view kMark = " (deleted)";
+  std::string_view text(path);
+  if (text.size() <= kMark.size() || text.substr(text.size() - kMark.size()) != kMark) return text;
+  if (::access(path, F_OK) == 0) return text;  // a program of that very name
+  text.remove_suffix(kMark.size());
+  return text;
+}
+
+std::string_view ProgramPath(PathBuffer& buffer) {
+  const ssize_t length = ::readlink("/proc/self/exe", buffer, sizeof buffer);
+  if (length < 0 || static_cast<size_t>(length) == sizeof buffer) return {};
+  buffer[length] = '\0';
+  return WithoutDeletedMark(buffer);
+}
+
+// Empty for the program itself.
+std::string_view ModulePath(void* module) {
+  link_map* map = nullptr;
+  if (::dlinfo(module, RTLD_DI_LINKMAP, &map) != 0 || map->l_name == nullptr) return {};
+  return map->l_name;
+}
+
+}  // namespace
+
+DWORD GetModuleFileName(void* module, char* buffer, DWORD size) {
+  if (buffer == nullptr || size == 0) return 0;
+  buffer[0] = '\0';
+  PathBuffer program;
+  std::string_view path = module == nullptr ? std::string_view() : ModulePath(module);
+  if (path.empty()) path = ProgramPath(program);
+  if (path.size() >= size) errno = ERANGE;
+  if (path.empty() || path.size() >= size) return 0;
+  buffer[path.copy(buffer, path.size())] = '\0';
+  return static_cast<DWORD>(path.size());
+}
