@@ -1,0 +1,92 @@
+// The trace calls, where their lines and the exceptions inside them go, and exception reports.
+
+#include "LarkspurCommon/debug.h"
+
+#include "LarkspurCommon/debugState.h"
+
+std::atomic<NarrowHook> s_lpfndbgAHook{nullptr};
+std::atomic<WideHook> s_lpfndbgWHook{nullptr};
+
+namespace {
+
+std::atomic<TraceHandler> s_lpfnTraceHandler{nullptr};
+
+constexpr DWORD kExceptionReport = 0x00250002;
+#define EXCEPTION_FORMAT "Exception has occurred in %s (%s[%d])"
+
+char const* Printable(char const* text) {
+  return text != nullptr ? text : "(null)";
+}
+
+void CallHandler(TraceHandler handler, char const* file, char const* function, int line) {
+  try {
+    handler(file, function, line);
+  } catch (abi::__forced_unwind&) {
+    throw;
+  } catch (...) {  // it was the last to be told
+  }
+}
+
+}  // namespace
+
+void DebugA(DWORD id, char const* format, ...) {
+  va_list args;
+  va_start(args, format);
+  __DebugA(id, format, args);
+  va_end(args);
+}
+
+void DebugW(DWORD id, wchar_t const* format, ...) {
+  va_list args;
+  va_start(args, format);
+  __DebugW(id, format, args);
+  va_end(args);
+}
+
+void _DebugA(char const* format, ...) {
+  va_list args;
+  va_start(args, format);
+  __DebugA(kUnconditional, format, args);
+  va_end(args);
+}
+
+void _DebugW(wchar_t const* format, ...) {
+  va_list args;
+  va_start(args, format);
+  __DebugW(kUnconditional, format, args);
+  va_end(args);
+}
+
+void __DebugA(DWORD id, char const* format, va_list args) {
+  RunGuarded("void __DebugA(DWORD, const char*, va_list)", __LINE__,
+             [&] { __InternalDebugA(id, format, args); });
+}
+
+void __DebugW(DWORD id, wchar_t const* format, va_list args) {
+  RunGuarded("void __DebugW(DWORD, const wchar_t*, va_list)", __LINE__,
+             [&] { __InternalDebugW(id, format, args); });
+}
+
+void SetDebugHooks(WideHook wideHook, NarrowHook narrowHook) {
+  s_lpfndbgWHook.store(wideHook);
+  s_lpfndbgAHook.store(narrowHook);
+}
+
+void SetExceptionHandlerCallback(TraceHandler handler) {
+  s_lpfnTraceHandler.store(handler);
+}
+
+void ReportCaught(char const* function, int line) {
+  const TraceHandler handler = s_lpfnTraceHandler.load();
+  if (handler != nullptr) CallHandler(handler, "debug", function, line);
+}
+
+void TraceException(char const* file, char const* function, int line) {
+  DebugA(kExceptionReport, EXCEPTION_FORMAT, Printable(function), Printable(file), line);
+}
+
+void DebugTraceException(char const* file, char const* function, int line) {
+  const TraceHandler handler = s_lpfnTraceHandler.load();
+  if (handler != nullptr) return CallHandler(handler, file, function, line);
+  _DebugA(EXCEPTION_FORMAT, Printable(function), Printable(file), line);
+}

@@ -1,0 +1,55 @@
+// The filter: which trace identifiers are wanted, and when the settings are looked at again.
+
+#include <cxxabi.h>
+
+#include "LarkspurCommon/debug.h"
+#include "LarkspurCommon/debugState.h"
+
+std::atomic<WORD> s_wDebugLevel{5};
+std::array<std::atomic<unsigned char>, 16> s_DebugIdBitmap{{{0xFF}}};
+std::atomic<bool> s_bInitialised{false};
+std::atomic<bool> s_bDeInitCalled{false};
+
+namespace {
+
+constexpr DWORD kRereadInterval = 3000;  // milliseconds
+constexpr DWORD kAny = 0xFFFF;           // as an ID or as a level
+constexpr DWORD kLastId = 127;
+
+// Whether the calling thread is the one to look at the settings file now. The others go on with
+// the filter as it is, and so does a thread that traces from inside the settings.
+bool ClaimReread() {
+  static std::atomic<DWORD> dwLastUpdateTime{0};
+  const DWORD now = TraceClock();
+  DWORD last = dwLastUpdateTime.load(std::memory_order_relaxed);
+  if (now - last <= kRereadInterval || IsInTraceSettings()) return false;
+  return dwLastUpdateTime.compare_exchange_strong(last, now, std::memory_order_relaxed);
+}
+
+bool PassesFilter(DWORD id) {
+  const WORD filterLevel = s_wDebugLevel.load(std::memory_order_relaxed);
+  if (filterLevel == 0) return false;
+  const DWORD level = id & 0xFFFF;
+  if (level != kAny && level > filterLevel) return false;
+  DWORD number = id >> 16;
+  if (number == kAny) return true;
+  if (number > kLastId) number = 0;
+  return (s_DebugIdBitmap[number / 8].load(std::memory_order_relaxed) >> (number % 8) & 1) != 0;
+}
+
+}  // namespace
+
+bool IsDebugEnabled(DWORD id) {
+  try {
+    if (!s_bInitialised.load(std::memory_order_acquire)) {
+      InitDebug(nullptr, nullptr, nullptr);
+    } else if (ClaimReread()) {
+      RereadDebugSettings();
+    }
+  } catch (abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
+    return false;
+  }
+  return PassesFilter(id);
+}

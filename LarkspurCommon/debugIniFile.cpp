@@ -1,0 +1,154 @@
+// The trace settings file: reading, writing, and its entries in memory. Everything here runs under
+// s_DebugLock.
+
+#include "LarkspurCommon/debugIniFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "LarkspurCommon/HoldCancellation.h"
+#include "LarkspurCommon/debug.h"
+#include "LarkspurCommon/debugState.h"
+#include "LarkspurCommon/tstring.h"
+#include "platform/HostServices.h"
+#include "platform/Win32Compat.h"
+
+Immortal<DebugLock> s_DebugLock;
+
+namespace {
+
+constexpr char sDbgFileName[] = "/corvo_debug_settings.ini";
+constexpr int kReadSize = 512;  // a longer line counts as several
+constexpr int kNoTime = -1;
+
+// A plain pointer: the host may trace after the library's destructors have run.
+std::map<tstring, tstring>* piniData = nullptr;
+bool bIniFileExists = false;
+bool bIniFileUnread = false;           // the last attempt to read it failed
+int ftLastIniFileWriteTime = kNoTime;  // seconds, cut to 32 bits
+bool bIniFileChanged = false;          // there are changes that aren't in the file
+
+std::string IniFilePath() {
+  char const* directory = CorvoSettingsDirectory();
+  return directory != nullptr ? directory + std::string(sDbgFileName) : std::string();
+}
+
+struct CloseFile {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+File OpenIniFile(char const* mode) {
+  std::FILE* file = nullptr;
+  if (fopen_s(&file, IniFilePath().c_str(), mode) != 0) return nullptr;
+  return File(file);
+}
+
+void AddLine(std::string_view line) {
+  if (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
+  const std::size_t equals = line.find('=');
+  if (equals == std::string_view::npos) return;
+  const std::size_t start = line.find_first_not_of(' ', equals + 1);
+  if (start == std::string_view::npos) return;
+  tstring value(std::string(line.substr(start)));
+  value.TrimRight();
+  piniData->emplace(std::string(line.substr(0, equals)), value);  // the first one counts
+}
+
+bool ReadLines() {
+  const File file = OpenIniFile("r");
+  if (file == nullptr) return false;
+  char line[kReadSize];
+  while (std::fgets(line, sizeof line, file.get()) != nullptr) AddLine(line);
+  return std::ferror(file.get()) == 0;
+}
+
+bool WriteLines() {
+  File file = OpenIniFile("w");
+  if (file == nullptr) return false;
+  for (const auto& [key, value] : *piniData) {
+    std::fprintf(file.get(), "%s=%s\n", key.c_str(), value.c_str());
+  }
+  const bool written = std::ferror(file.get()) == 0;
+  return std::fclose(file.release()) == 0 && written;
+}
+
+}  // namespace
+
+bool IsInTraceSettings() {
+  return s_DebugLock->IsLockedByThread();
+}
+
+void UnloadIniFile() {
+  const DebugLockHelper lock(*s_DebugLock);
+  delete piniData;
+  piniData = nullptr;
+  bIniFileChanged = false;
+}
+
+bool HasIniFileChanged() {
+  const DebugLockHelper lock(*s_DebugLock);
+  const std::string path = IniFilePath();
+  if (::access(path.c_str(), F_OK) != 0) {
+    const bool existed = bIniFileExists;
+    bIniFileExists = false;
+    ftLastIniFileWriteTime = kNoTime;
+    return existed;
+  }
+  bIniFileExists = true;
+  struct statx status;
+  if (::statx(AT_FDCWD, path.c_str(), 0, STATX_MTIME, &status) != 0) return false;
+  const int writeTime = static_cast<int>(status.stx_mtime.tv_sec);
+  if (writeTime == ftLastIniFileWriteTime) return false;
+  ftLastIniFileWriteTime = writeTime;
+  return true;
+}
+
+void ReadIniFile() {
+  const DebugLockHelper lock(*s_DebugLock);
+  if (piniData == nullptr) {
+    piniData = new std::map<tstring, tstring>;
+    ftLastIniFileWriteTime = kNoTime;
+  }
+  if (!HasIniFileChanged()) return;
+  piniData->clear();
+  bIniFileChanged = false;
+  bIniFileUnread = bIniFileExists && !ReadLines();
+  if (bIniFileUnread) ftLastIniFileWriteTime = kNoTime;  // to be tried again
+}
+
+void WriteIniFile() {
+  const DebugLockHelper lock(*s_DebugLock);
+  if (!bIniFileChanged || bIniFileUnread) return;  // unread: it may hold more than we know
+  const HoldCancellation hold;                     // no half written file
+  if (WriteLines()) bIniFileChanged = false;
+  HasIniFileChanged();
+}
+
+void UpdateIniFileEntry(tstring& key, tstring& value) {
+  const DebugLockHelper lock(*s_DebugLock);
+  if (piniData == nullptr) ReadIniFile();
+  const auto [entry, added] = piniData->try_emplace(key, value);
+  if (!added) {
+    if (entry->second == value) return;
+    entry->second = value;
+  }
+  bIniFileChanged = true;
+}
+
+char const* GetData(char const* key, bool& found) {
+  const DebugLockHelper lock(*s_DebugLock);
+  found = false;
+  if (piniData == nullptr || key == nullptr) return "";
+  const auto entry = piniData->find(key);
+  if (entry == piniData->end()) return "";
+  found = true;
+  return entry->second.c_str();
+}

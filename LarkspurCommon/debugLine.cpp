@@ -1,0 +1,257 @@
+// Building one trace line, narrow or wide, in the caller's stack, and handing it out.
+
+#include <pthread.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <cwchar>
+
+#include "LarkspurCommon/debug.h"
+#include "LarkspurCommon/debugState.h"
+#include "platform/HostServices.h"
+#include "platform/Win32Compat.h"
+
+char s_szModuleNameA[9];
+wchar_t s_szModuleNameW[9];
+std::atomic<bool> s_moduleNamed{false};
+
+namespace {
+
+constexpr std::size_t kMaxLength = 1023;
+constexpr unsigned long kConsoleMask = 0xFFFFFFFF;
+
+constexpr unsigned long long Power(unsigned base, int exponent) {
+  return exponent == 0 ? 1 : base * Power(base, exponent - 1);
+}
+
+// Numbers as printf writes them with a zero flag and this minimum width; printf itself would cost
+// several times the rest of the line.
+template <unsigned kBase, int kWidth, class Char>
+Char* PutNumber(Char* out, unsigned long value) {
+  constexpr unsigned long long kLimit = Power(kBase, kWidth);
+  int digits = kWidth;
+  if (value >= kLimit) {
+    for (unsigned long long above = value / kLimit; above != 0; above /= kBase) ++digits;
+  }
+  for (Char* at = out + digits; at != out; value /= kBase) {
+    *--at = static_cast<Char>("0123456789abcdef"[value % kBase]);
+  }
+  return out + digits;
+}
+
+template <class Char>
+Char* PutText(Char* out, Char const* text) {
+  while (*text != 0) *out++ = *text++;
+  return out;
+}
+
+// What the calling thread keeps from line to line.
+struct ThreadState {
+  char ids[40];         // "process,thread handle,kernel thread: ", empty until first used
+  bool inGetLocalTime;  // the host's version is running
+};
+thread_local ThreadState t_state;
+
+// In a new process the forking thread, the only one left, has other ids.
+void ForgetIds() {
+  t_state.ids[0] = '\0';
+}
+
+void RememberIds(ThreadState& state) {
+  [[maybe_unused]] static const int watching = pthread_atfork(nullptr, nullptr, ForgetIds);
+  char* out = PutNumber<16, 4>(state.ids, static_cast<unsigned>(getpid()));
+  *out++ = ',';
+  out = PutNumber<16, 8>(out, pthread_self());
+  *out++ = ',';
+  out = PutNumber<10, 5>(out, static_cast<unsigned>(syscall(SYS_gettid)));
+  *out++ = ':';
+  *out++ = ' ';
+  *out = '\0';
+}
+
+// A host's GetLocalTime may trace: those lines show no time instead of asking for it again.
+SYSTEMTIME LocalTime(ThreadState& state) {
+  class Asking {
+   public:
+    explicit Asking(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~Asking() { m_flag = false; }
+
+   private:
+    bool& m_flag;
+  };
+  SYSTEMTIME now{};
+  if (state.inGetLocalTime) return now;
+  const Asking asking(state.inGetLocalTime);
+  GetLocalTime(&now);
+  return now;
+}
+
+char const* ModuleName(char) {
+  return s_szModuleNameA;
+}
+
+wchar_t const* ModuleName(wchar_t) {
+  return s_szModuleNameW;
+}
+
+__attribute__((format(printf, 3, 0))) int FormatText(char* out, std::size_t size,
+                                                     char const* format, va_list args) {
+  return std::vsnprintf(out, size, format, args);
+}
+
+int FormatText(wchar_t* out, std::size_t size, wchar_t const* format, va_list args) {
+  return std::vswprintf(out, size, format, args);
+}
+
+template <class Char>
+class TraceLine {
+ public:
+  explicit TraceLine(DWORD id) {
+    PutPrefix(id);
+    PutIndentation();
+  }
+
+  // Appends the message and ends the line. False: nothing of the message could be formatted.
+  bool Finish(Char const* format, va_list args) {
+    if (!PutMessage(format, args)) return false;
+    End();
+    return true;
+  }
+
+  Char const* Text() const { return m_text; }
+  unsigned int Length() const { return static_cast<unsigned int>(m_length); }
+
+ private:
+  void PutPrefix(DWORD id);
+  void PutIndentation();
+  bool PutMessage(Char const* format, va_list args);
+  void End();
+
+  Char m_text[kMaxLength + 1];
+  std::size_t m_length;
+};
+
+// "%02hu/%02hu %02hu:%02hu:%02hu.%03hu %s (%02hx,%c) %04x,%08lx,%05ld: ", which always fits.
+template <class Char>
+void TraceLine<Char>::PutPrefix(DWORD id) {
+  ThreadState& state = t_state;
+  const SYSTEMTIME now = LocalTime(state);
+  Char* out = PutNumber<10, 2>(m_text, now.wDay);
+  *out++ = '/';
+  out = PutNumber<10, 2>(out, now.wMonth);
+  *out++ = ' ';
+  out = PutNumber<10, 2>(out, now.wHour);
+  *out++ = ':';
+  out = PutNumber<10, 2>(out, now.wMinute);
+  *out++ = ':';
+  out = PutNumber<10, 2>(out, now.wSecond);
+  *out++ = '.';
+  out = PutNumber<10, 3>(out, now.wMilliseconds);
+  *out++ = ' ';
+  if (s_moduleNamed.load(std::memory_order_acquire)) out = PutText(out, ModuleName(Char()));
+  *out++ = ' ';
+  *out++ = '(';
+  out = PutNumber<16, 2>(out, id >> 16);
+  *out++ = ',';
+  const DWORD level = id & 0xFFFF;
+  *out++ = static_cast<Char>(level <= 9 ? '0' + level : '?');
+  *out++ = ')';
+  *out++ = ' ';
+  if (state.ids[0] == '\0') RememberIds(state);
+  for (char const* ids = state.ids; *ids != '\0'; ++ids) *out++ = static_cast<Char>(*ids);
+  m_length = static_cast<std::size_t>(out - m_text);
+}
+
+template <class Char>
+void TraceLine<Char>::PutIndentation() {
+  const std::size_t spaces = std::min<std::size_t>(GetThreadIndentLevel(), kMaxLength - m_length);
+  std::fill_n(m_text + m_length, spaces, Char(' '));
+  m_length += spaces;
+  m_text[m_length] = 0;
+}
+
+template <class Char>
+bool TraceLine<Char>::PutMessage(Char const* format, va_list args) {
+  if (m_length == kMaxLength) return true;  // the indentation took it all
+  Char* const message = m_text + m_length;
+  const std::size_t room = kMaxLength - m_length;
+  const int length = FormatText(message, room, format, args);
+  if (length >= 0 && static_cast<std::size_t>(length) < room) {
+    m_length += static_cast<std::size_t>(length);
+    return true;
+  }
+  // Truncated, or refused part of the way: then blanks stand for what is missing.
+  Char* const last = m_text + kMaxLength - 1;
+  Char* const end = std::find(message, last, Char(0));
+  if (end == message) return false;
+  std::fill(end, last, Char(' '));
+  m_length = kMaxLength;
+  return true;
+}
+
+// A line that was cut is a character longer than the longest that wasn't.
+template <class Char>
+void TraceLine<Char>::End() {
+  if (m_length == kMaxLength) {
+    m_text[kMaxLength - 1] = '\n';
+  } else if (m_text[m_length - 1] != '\n') {
+    if (m_length < kMaxLength - 1) ++m_length;
+    m_text[m_length - 1] = '\n';
+  }
+  m_text[m_length] = 0;
+}
+
+// For the console: multibyte, at most 1023 bytes and a line feed at the end whatever was cut. What
+// the encoding doesn't have becomes a question mark.
+class ConsoleText {
+ public:
+  explicit ConsoleText(wchar_t const* line) {
+    std::size_t length = 0;
+    std::mbstate_t state{};
+    for (; *line != 0; ++line) {
+      char bytes[16];  // MB_LEN_MAX
+      std::size_t count = std::wcrtomb(bytes, *line, &state);
+      if (count == static_cast<std::size_t>(-1)) {
+        state = {};
+        bytes[0] = '?';
+        count = 1;
+      }
+      if (length + count >= kMaxLength) break;
+      std::copy_n(bytes, count, m_text + length);
+      length += count;
+    }
+    if (m_text[length - 1] != '\n') m_text[length++] = '\n';
+    m_text[length] = '\0';
+  }
+  char const* Text() const { return m_text; }
+
+ private:
+  char m_text[kMaxLength + 1];
+};
+
+}  // namespace
+
+void __InternalDebugA(DWORD id, char const* format, va_list args) {
+  if (id != kUnconditional && !IsDebugEnabled(id)) return;
+  TraceLine<char> line(id);
+  if (!line.Finish(format, args)) return;
+  if (const NarrowHook hook = s_lpfndbgAHook.load()) {
+    hook(line.Text(), line.Length());
+  } else {
+    ConsolePrint(kConsoleMask, "%s", line.Text());
+  }
+}
+
+void __InternalDebugW(DWORD id, wchar_t const* format, va_list args) {
+  if (id != kUnconditional && !IsDebugEnabled(id)) return;
+  TraceLine<wchar_t> line(id);
+  if (!line.Finish(format, args)) return;
+  if (const WideHook hook = s_lpfndbgWHook.load()) {
+    hook(line.Text(), line.Length());
+  } else {
+    ConsolePrint(kConsoleMask, "%s", ConsoleText(line.Text()).Text());
+  }
+}

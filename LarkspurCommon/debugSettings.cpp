@@ -1,0 +1,210 @@
+// The filter's settings, the start of the trace module and its end.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cwchar>
+#include <string>
+
+#include "LarkspurCommon/debug.h"
+#include "LarkspurCommon/debugIniFile.h"
+#include "LarkspurCommon/debugState.h"
+#include "LarkspurCommon/tstring.h"
+#include "platform/HostServices.h"
+#include "platform/Win32Compat.h"
+
+namespace {
+
+constexpr char szDefModuleName[] = "Unknown ";
+constexpr unsigned kModuleNameLength = 8;
+constexpr char kLevelKey[] = "Filter Level";
+constexpr char kBitmapKey[] = "ID Bitmap";
+constexpr char kNameKey[] = "Module Name";
+constexpr WORD kHighestLevel = 9;
+constexpr WORD kReleaseLevel = 1;  // of an installed release whose file sets none
+
+bool IsRelease() {
+  char const* marker = CorvoReleaseMarker();
+  struct statx status;
+  return marker != nullptr && ::statx(AT_FDCWD, marker, 0, STATX_TYPE, &status) == 0;
+}
+
+void ReadFilterLevel() {
+  bool found = false;
+  const tstring text = GetData(kLevelKey, found);
+  if (found) {
+    const auto level = static_cast<WORD>(static_cast<unsigned long>(text));
+    s_wDebugLevel.store(std::min(level, kHighestLevel), std::memory_order_relaxed);
+  } else if (IsRelease()) {
+    s_wDebugLevel.store(kReleaseLevel, std::memory_order_relaxed);
+  }
+}
+
+// Two hex digits; what begins with anything else is 0.
+unsigned char ParseByte(std::string const& pair) {
+  if (std::isxdigit(static_cast<unsigned char>(pair[0])) == 0) return 0;
+  return static_cast<unsigned char>(std::strtol(pair.c_str(), nullptr, 16));
+}
+
+// A shorter text changes the leading bytes only; its last one may be a single digit.
+void ReadIdBitmap() {
+  bool found = false;
+  const std::string text = GetData(kBitmapKey, found);
+  const std::size_t count = std::min(s_DebugIdBitmap.size(), (text.size() + 1) / 2);
+  for (std::size_t i = 0; i < count; ++i) {
+    s_DebugIdBitmap[i].store(ParseByte(text.substr(2 * i, 2)), std::memory_order_relaxed);
+  }
+}
+
+tstring FormatIdBitmap() {
+  tstring text;
+  for (const auto& byte : s_DebugIdBitmap) {
+    text.AppendFormat("%02x", unsigned{byte.load(std::memory_order_relaxed)});
+  }
+  return text;
+}
+
+void UpdateEntry(tstring key, tstring value) {
+  UpdateIniFileEntry(key, value);
+}
+
+tstring FindModuleName(void* module) {
+  char path[MAX_PATH] = "";
+  char name[_MAX_FNAME] = "";
+  GetModuleFileName(module, path, MAX_PATH - 1);
+  _splitpath_s(path, nullptr, 0, nullptr, 0, name, sizeof name, nullptr, 0);
+  return name[0] != '\0' ? name : szDefModuleName;
+}
+
+// Where the encoding doesn't know the name (yet), its plain characters.
+std::wstring Widen(tstring const& name) {
+  std::wstring wide;
+  tstring::Convert(name, wide);
+  if (!wide.empty()) return wide;
+  for (const char byte : name) {
+    const std::wint_t character = std::btowc(static_cast<unsigned char>(byte));
+    wide += character == WEOF ? L'?' : static_cast<wchar_t>(character);
+  }
+  return wide;
+}
+
+void SetModuleName(tstring name) {
+  name.LeftJustify(kModuleNameLength, ' ');
+  strncpy_s(s_szModuleNameA, sizeof s_szModuleNameA, name.c_str(), _TRUNCATE);
+  wcsncpy_s(s_szModuleNameW, kModuleNameLength + 1, Widen(name).c_str(), _TRUNCATE);
+  s_moduleNamed.store(true, std::memory_order_release);
+}
+
+void Start(void* module, char const* moduleName) {
+  SetModuleName(moduleName != nullptr ? tstring(moduleName) : FindModuleName(module));
+  for (auto& byte : s_DebugIdBitmap) byte.store(0xFF, std::memory_order_relaxed);
+  ReadDebugSettings();
+  WriteDebugSettings();
+}
+
+// The module counts as initialised at the end of this scope, however it is left.
+class Initialisation {
+ public:
+  static bool IsRunning() { return s_running; }
+  Initialisation() { s_running = true; }
+  ~Initialisation() {
+    s_running = false;
+    s_bInitialised.store(!s_bDeInitCalled.load(), std::memory_order_release);
+  }
+  Initialisation(const Initialisation&) = delete;
+  Initialisation& operator=(const Initialisation&) = delete;
+
+ private:
+  static bool s_running;  // guarded by s_DebugLock
+};
+bool Initialisation::s_running = false;
+
+}  // namespace
+
+void InitDebug(void* moduleHandle, char const* moduleName, char const*) {
+  if (s_bInitialised.load(std::memory_order_acquire) || s_bDeInitCalled.load()) return;
+  const DebugLockHelper lock(*s_DebugLock);
+  // Another thread was first, or this one traces from inside.
+  if (s_bInitialised.load() || s_bDeInitCalled.load() || Initialisation::IsRunning()) return;
+  const Initialisation running;
+  try {
+    Start(moduleHandle, moduleName);
+  } catch (abi::__forced_unwind&) {
+    throw;
+  } catch (...) {  // tracing goes on with what was reached
+  }
+}
+
+void DeInitDebug() {
+  try {
+    const DebugLockHelper lock(*s_DebugLock);
+    DeleteIndentKey();
+    UnloadIniFile();
+    s_bInitialised.store(false);
+    s_bDeInitCalled.store(true);
+  } catch (abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
+  }
+}
+
+DebugFilterLevel GetDebugFilterLevel() {
+  ReadDebugSettings();
+  switch (s_wDebugLevel.load(std::memory_order_relaxed)) {
+    case 1:
+      return DFL_ESSENTIAL;
+    case 2:
+      return DFL_ERRORS;
+    case 3:
+    case 4:
+      return DFL_NOTICES;
+    case 5:
+    case 6:
+    case 7:
+    case 8:
+      return DFL_REQUESTS;
+    case 9:
+      return DFL_EVERYTHING;
+    default:
+      return DFL_OFF;
+  }
+}
+
+void SetDebugFilterLevel(DebugFilterLevel level) {
+  s_wDebugLevel.store(static_cast<WORD>(level), std::memory_order_relaxed);
+  WriteDebugSettings();
+}
+
+void SetDebugIdNames(unsigned int firstId, unsigned int count, char const* const* names) {
+  if (names == nullptr) return;
+  const DebugLockHelper lock(*s_DebugLock);
+  ReadIniFile();
+  for (unsigned int i = 0; i < count; ++i) {
+    UpdateEntry(tstring::FromFormat("ID %02x Name", firstId + i),
+                names[i] != nullptr ? names[i] : "");
+  }
+  WriteDebugSettings();
+}
+
+void RereadDebugSettings() {
+  const DebugLockHelper lock(*s_DebugLock);
+  if (s_bInitialised.load()) ReadDebugSettings();
+}
+
+void ReadDebugSettings() {
+  const DebugLockHelper lock(*s_DebugLock);
+  ReadIniFile();
+  ReadFilterLevel();
+  ReadIdBitmap();
+}
+
+void WriteDebugSettings() {
+  const DebugLockHelper lock(*s_DebugLock);
+  ReadIniFile();
+  UpdateEntry(kNameKey, s_moduleNamed.load() ? s_szModuleNameA : "");
+  UpdateEntry(kLevelKey, unsigned{s_wDebugLevel.load(std::memory_order_relaxed)});
+  UpdateEntry(kBitmapKey, FormatIdBitmap());
+  WriteIniFile();
+}

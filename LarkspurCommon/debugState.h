@@ -1,0 +1,61 @@
+#ifndef LARKSPURCOMMON_DEBUGSTATE_H
+#define LARKSPURCOMMON_DEBUGSTATE_H
+
+#include <cxxabi.h>
+#include <pthread.h>
+
+#include <array>
+#include <atomic>
+
+#include "platform/Win32Types.h"
+
+// What the trace module's sources share. Trace calls read all of it without a lock.
+
+constexpr DWORD kUnconditional = 0x0000FFFF;
+
+// The filter, written by the settings half of the module under its lock. A reader may see a bitmap
+// half updated: that only decides which lines pass at that moment.
+extern std::atomic<WORD> s_wDebugLevel;                             // 0 to 9
+extern std::array<std::atomic<unsigned char>, 16> s_DebugIdBitmap;  // bit n % 8 of byte n / 8
+extern std::atomic<bool> s_bInitialised;
+extern std::atomic<bool> s_bDeInitCalled;
+
+// Exactly 8 characters, written once. Read them only after s_moduleNamed says that they are there.
+extern char s_szModuleNameA[9];
+extern wchar_t s_szModuleNameW[9];
+extern std::atomic<bool> s_moduleNamed;
+
+using NarrowHook = void (*)(char const* line, unsigned int length);
+using WideHook = void (*)(wchar_t const* line, unsigned int length);
+using TraceHandler = void (*)(char const* file, char const* function, int line);
+extern std::atomic<NarrowHook> s_lpfndbgAHook;
+extern std::atomic<WideHook> s_lpfndbgWHook;
+
+// Wall-clock milliseconds, cut to 32 bits, in steps of a few milliseconds: cheap.
+DWORD TraceClock();
+
+// Whether the calling thread is in the middle of reading or changing the settings.
+bool IsInTraceSettings();
+
+// ReadDebugSettings, unless the module has been stopped.
+void RereadDebugSettings();
+
+// Ends the indentation of every thread.
+void DeleteIndentKey();
+
+// Tells the host's exception handler, if there is one. Whatever that throws is dropped.
+void ReportCaught(char const* function, int line);
+
+// Runs `body`; what it throws goes to the host's exception handler and no further.
+template <class Body>
+void RunGuarded(char const* function, int line, Body body) {
+  try {
+    body();
+  } catch (abi::__forced_unwind&) {
+    throw;  // a cancelled thread goes on unwinding
+  } catch (...) {
+    ReportCaught(function, line);
+  }
+}
+
+#endif

@@ -1,0 +1,278 @@
+#ifndef LARKSPURCOMMON_TSTRING_H
+#define LARKSPURCOMMON_TSTRING_H
+
+#include <atomic>
+#include <cstdarg>
+#include <cstddef>
+#include <locale>
+#include <string>
+#include <type_traits>
+
+#include "platform/Export.h"
+#include "platform/Win32Types.h"
+
+#define TSTRING_PRINTF(text, args) __attribute__((format(printf, text, args)))
+
+// The system's string: a std::string of bytes in the process's multibyte encoding (LC_CTYPE),
+// with conversions from and to wide strings, numbers and GUIDs, and printf-style formatting.
+//
+// Arguments may point into the string that is changed. A null pointer counts as an empty string:
+// unless a comment says otherwise it is reported with Assert, never dereferenced. Where a count
+// has no bound, 0xFFFFFFFF means all. Wide text that the encoding can't express adds nothing.
+//
+// One thread at a time per object; the static functions are safe from any thread.
+class CORVO_API tstring : public std::string {
+ public:
+  tstring() = default;
+  tstring(char ch, unsigned int n = 1);
+  tstring(unsigned char ch, unsigned int n = 1);
+  tstring(wchar_t ch, unsigned int n = 1);
+  tstring(char const* s);
+  tstring(unsigned char const* s);
+  tstring(char const* s, unsigned int n);  // exactly n bytes
+  tstring(wchar_t const* s);               // null isn't reported
+  tstring(tstring const& s, unsigned int pos, unsigned int n);
+  tstring(std::string const& s);  // up to its first NUL
+  tstring(std::wstring const& s);
+  // Numbers become decimal text, floating-point ones with 20 significant digits.
+  tstring(int value);
+  tstring(unsigned int value);
+  tstring(long value);
+  tstring(unsigned long value);
+  tstring(long long value);
+  tstring(unsigned long long value);
+  tstring(float value);
+  tstring(double value);
+  tstring(void const* value);
+  tstring(GUID const& guid);
+
+  tstring& operator=(char const* s);
+  tstring& operator=(unsigned char const* s);
+  tstring& operator=(wchar_t const* s);
+  tstring& operator=(int value);
+  tstring& operator=(unsigned int value);
+  tstring& operator=(long value);
+  tstring& operator=(unsigned long value);
+  tstring& operator=(long long value);
+  tstring& operator=(unsigned long long value);
+  tstring& operator=(float value);
+  tstring& operator=(double value);
+  tstring& operator=(void const* value);
+  tstring& operator=(GUID const& guid);
+  // A character would be taken as a number: say tstring(ch).
+  tstring& operator=(char) = delete;
+  tstring& operator=(unsigned char) = delete;
+  tstring& operator=(wchar_t) = delete;
+
+  tstring& operator+=(char ch);
+  tstring& operator+=(unsigned char ch);
+  tstring& operator+=(wchar_t ch);
+  tstring& operator+=(tstring const& s);
+  tstring& operator+=(std::string const& s);
+  tstring& operator+=(std::wstring const& s);
+  tstring& operator+=(char const* s);
+  tstring& operator+=(unsigned char const* s);
+  tstring& operator+=(wchar_t const* s);
+  tstring& operator+=(int value);
+  tstring& operator+=(unsigned int value);
+  tstring& operator+=(long value);
+  tstring& operator+=(unsigned long value);
+  tstring& operator+=(long long value);
+  tstring& operator+=(unsigned long long value);
+  tstring& operator+=(float value);
+  tstring& operator+=(double value);
+  tstring& operator+=(void const* value);
+  tstring& operator+=(GUID const& guid);
+
+  // Each returns the new length. A negative n means all of s; else exactly n bytes, or at most n
+  // wide characters.
+  unsigned int Append(char ch);
+  unsigned int Append(wchar_t ch);
+  unsigned int Append(char const* s, int n = -1);
+  unsigned int Append(wchar_t const* s, int n = -1);
+  unsigned int Append(tstring const& s);
+  unsigned int Delete(unsigned int pos, unsigned int n);  // nothing when pos is at or past the end
+
+  // Numbers are read as the C library reads them, in base 10, and end at the limits of the type,
+  // which for `unsigned long` are those of 32 bits. 0 when the text doesn't begin with a number.
+  operator char const*() const { return c_str(); }
+  operator int() const;
+  operator unsigned int() const;
+  operator long() const;
+  operator unsigned long() const;
+  operator long long() const;
+  operator unsigned long long() const;
+  operator GUID() const;  // braces optional; what isn't a GUID is traced and gives all zeros
+
+  // Any index type: with `int` alone, the built-in s.operator char const*()[i] is as good a match.
+  template <class Index, class = std::enable_if_t<std::is_integral_v<Index>>>
+  char& operator[](Index pos) {
+    return std::string::operator[](static_cast<std::size_t>(pos));
+  }
+  template <class Index, class = std::enable_if_t<std::is_integral_v<Index>>>
+  char const& operator[](Index pos) const {
+    return std::string::operator[](static_cast<std::size_t>(pos));
+  }
+
+  static void Convert(tstring const& s, std::string& out);
+  static void Convert(tstring const& s, std::wstring& out);  // kept when s is empty or not valid
+  // Copies that the caller frees with free(), stored in `out` and returned.
+  static char* Convert(tstring const& s, char** out);
+  static wchar_t* Convert(tstring const& s, wchar_t** out);
+  wchar_t* AllocString() const;
+
+  // Append s, after clearing the string if asked. A null s isn't reported. Whenever wide text was
+  // converted, the whole string ends at its first NUL.
+  void ConvertToMultiByte(wchar_t const* s, unsigned int n, bool clear);
+  void ConvertToWideChar(char const* s, unsigned int n, bool clear);  // all of s, whatever n
+  wchar_t ConvertToWideChar(char ch) const;  // 0 when ch alone isn't a character
+
+  // Decoding ends at the first byte that isn't UTF-8; byte-order marks are dropped.
+  tstring& FromUTF8(char const* utf8);
+  static tstring ConvertFromUTF8(char const* utf8);
+  static tstring FromGuid(GUID const& guid);  // "{00000000-0000-0000-0000-000000000000}"
+  static tstring& FromGuid2(GUID const& guid, tstring& out);
+
+  // Nothing that goes wrong is thrown. A null format changes nothing and isn't reported; a format
+  // that the C library refuses is traced and makes the (appended) text empty.
+  tstring& Format(char const* format, ...) TSTRING_PRINTF(2, 3);
+  tstring& FormatV(char const* format, va_list args) TSTRING_PRINTF(2, 0);
+  tstring& AppendFormat(char const* format, ...) TSTRING_PRINTF(2, 3);
+  tstring& AppendFormatV(char const* format, va_list args) TSTRING_PRINTF(2, 0);
+  static tstring FromFormat(char const* format, ...) TSTRING_PRINTF(1, 2);
+
+  tstring& GetErrorText(long error);  // the system's text for an errno value
+
+  unsigned int Hash() const;  // for tables in memory only
+
+  // `n` bounds a comparison. A null s is reported with TraceAndBreak; it equals an empty string and
+  // comes after any other (-1).
+  int Compare(char const* s, unsigned int n = 0x7FFFFFFF) const;
+  int CompareNoCase(char const* s, unsigned int n = 0x7FFFFFFF) const;
+  int Find(char const* s) const;  // -1: not found, or this string is empty
+
+  tstring Left(unsigned int n) const;
+  tstring Mid(unsigned int pos) const;
+  tstring Right(unsigned int n) const;
+
+  tstring& MakeUpper();
+  tstring& MakeLower();
+
+  // Every trim first cuts the string at its first NUL. Without an argument white space goes; a null
+  // or empty set, which isn't reported, takes nothing.
+  tstring& TrimLeft();
+  tstring& TrimLeft(char ch);
+  tstring& TrimLeft(char const* set);
+  tstring& TrimRight();
+  tstring& TrimRight(char ch);
+  tstring& TrimRight(char const* set);
+  tstring& Trim();
+
+  // Each returns how many were replaced or removed: none where both are equal. A null or empty
+  // `from` changes nothing, a null `to` deletes; neither is reported.
+  int Replace(char from, char to);
+  int Replace(char const* from, char const* to);
+  int Remove(char ch);
+
+  // Strips `pad` at both ends, then fills on the right or cuts to exactly n characters.
+  tstring& LeftJustify(unsigned int n, char pad = ' ');
+
+  // A copy of the global locale as it was at the first call, and its character classes.
+  static std::locale const& Locale();
+  static std::ctype<char> const& Facet();
+
+  // Trace lines: unconditional, at level 8 and at level 9. Nothing is thrown.
+  static void OutputDebugString(char const* format, ...) TSTRING_PRINTF(1, 2);
+  static void OutputDebugStringV(char const* format, va_list args) TSTRING_PRINTF(1, 0);
+  static void Trace(char const* format, ...) TSTRING_PRINTF(1, 2);
+  static void TraceV(char const* format, va_list args) TSTRING_PRINTF(1, 0);
+  static void TraceFn(char const* format, ...) TSTRING_PRINTF(1, 2);
+  static void TraceFnV(char const* format, va_list args) TSTRING_PRINTF(1, 0);
+
+  // Trace, and stop an attached debugger. Without one the process just goes on.
+  static void TraceAndBreak(char const* format, ...) TSTRING_PRINTF(1, 2);
+  static void Assert(char const* file, int line, char const* message);
+  static bool IsValidString(char const* s, unsigned int n);  // not null, whatever n
+  static bool IsValidString(wchar_t const* s, unsigned int n);
+
+  static std::atomic<bool> m_bTrapInDebugger;  // whether TraceAndBreak stops a debugger
+
+ private:
+  static std::locale const* m_pLoc;
+};
+
+// Concatenation: the left operand as a tstring, with the right one appended.
+CORVO_API tstring operator+(tstring const& left, char right);
+CORVO_API tstring operator+(tstring const& left, unsigned char right);
+CORVO_API tstring operator+(tstring const& left, wchar_t right);
+CORVO_API tstring operator+(tstring const& left, tstring const& right);
+CORVO_API tstring operator+(tstring const& left, std::string const& right);
+CORVO_API tstring operator+(tstring const& left, std::wstring const& right);
+CORVO_API tstring operator+(tstring const& left, char const* right);
+CORVO_API tstring operator+(tstring const& left, wchar_t const* right);
+CORVO_API tstring operator+(tstring const& left, unsigned char* right);
+CORVO_API tstring operator+(tstring const& left, int right);
+CORVO_API tstring operator+(tstring const& left, unsigned int right);
+CORVO_API tstring operator+(tstring const& left, long right);
+CORVO_API tstring operator+(tstring const& left, unsigned long right);
+CORVO_API tstring operator+(tstring const& left, long long right);
+CORVO_API tstring operator+(tstring const& left, unsigned long long right);
+CORVO_API tstring operator+(tstring const& left, float right);
+CORVO_API tstring operator+(tstring const& left, double right);
+CORVO_API tstring operator+(tstring const& left, void const* right);
+CORVO_API tstring operator+(tstring const& left, GUID const& right);
+
+CORVO_API tstring operator+(char left, tstring const& right);
+CORVO_API tstring operator+(unsigned char left, tstring const& right);
+CORVO_API tstring operator+(wchar_t left, tstring const& right);
+CORVO_API tstring operator+(std::string const& left, tstring const& right);
+CORVO_API tstring operator+(std::wstring const& left, tstring const& right);
+CORVO_API tstring operator+(char const* left, tstring const& right);
+CORVO_API tstring operator+(wchar_t const* left, tstring const& right);
+CORVO_API tstring operator+(unsigned char* left, tstring const& right);
+CORVO_API tstring operator+(int left, tstring const& right);
+CORVO_API tstring operator+(unsigned int left, tstring const& right);
+CORVO_API tstring operator+(long left, tstring const& right);
+CORVO_API tstring operator+(unsigned long left, tstring const& right);
+CORVO_API tstring operator+(long long left, tstring const& right);
+CORVO_API tstring operator+(unsigned long long left, tstring const& right);
+CORVO_API tstring operator+(float left, tstring const& right);
+CORVO_API tstring operator+(double left, tstring const& right);
+CORVO_API tstring operator+(void const* left, tstring const& right);
+CORVO_API tstring operator+(GUID const& left, tstring const& right);
+
+// std::string's own operators match a temporary as well as ours do.
+inline tstring operator+(tstring const& left, std::string&& right) {
+  return left + static_cast<std::string const&>(right);
+}
+inline tstring operator+(std::string&& left, tstring const& right) {
+  return static_cast<std::string const&>(left) + right;
+}
+
+// By bytes, as Compare orders them: up to the first NUL.
+CORVO_API bool operator<(tstring const& left, tstring const& right);
+CORVO_API bool operator>(char const* left, tstring const& right);
+
+// The other mixtures, in which std::string's operators match as well as these two.
+inline bool operator>(tstring const& left, tstring const& right) {
+  return right < left;
+}
+inline bool operator>(tstring const& left, char const* right) {
+  return left.Compare(right) > 0;
+}
+inline bool operator<(tstring const& left, char const* right) {
+  return left.Compare(right) < 0;
+}
+inline bool operator<(char const* left, tstring const& right) {
+  return right.Compare(left) > 0;
+}
+
+// The lower-case hex digit for 0 to 15.
+CORVO_API char NumToHex(unsigned char n);
+
+// The value of a hex digit in either case; 0 for any other character.
+CORVO_API unsigned char HexToNum(char digit);
+
+#undef TSTRING_PRINTF
+
+#endif
