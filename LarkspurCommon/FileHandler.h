@@ -1,0 +1,166 @@
+#ifndef LARKSPURCOMMON_FILEHANDLER_H
+#define LARKSPURCOMMON_FILEHANDLER_H
+
+#include <cstddef>
+#include <memory>
+
+#include "LarkspurCommon/tstring.h"
+#include "platform/Export.h"
+#include "platform/Win32Types.h"
+
+enum OpenFileMode : DWORD {
+  OFM_READ = 0,       // the file must exist
+  OFM_WRITE = 1,      // created if missing
+  OFM_READWRITE = 2,  // created if missing
+};
+
+enum NewLine_Mode : DWORD {
+  NLM_BINARY = 0,
+  NLM_TEXT = 1,  // Write: "\n" becomes CR LF; Read: one line at a time, its end as "\n"
+};
+
+// The class through which the system touches files. Paths may use either separator and any letter
+// case; a bare file name always means a file in the running program's directory. A path that
+// doesn't fit into 259 characters is refused.
+//
+// No operation throws. A failing one returns false (or what it states), keeps its reason as last
+// error and logs it with LogFileError. An object is used by one thread at a time. Files of 2 GiB
+// and more are refused with EOVERFLOW, as 32-bit system calls would.
+class CORVO_API TFileHandler {
+ public:
+  static LONG count;  // live objects; changed by interlocked operations only
+
+  TFileHandler();
+  virtual ~TFileHandler();
+  TFileHandler(const TFileHandler&) = delete;
+  TFileHandler& operator=(const TFileHandler&) = delete;
+
+  void Init();  // the constructor's: a second call counts the object twice
+
+  // Closes what was open first. `createDirectory` makes a missing directory where the file may be
+  // created. Sets the process's file-creation mask to 002. On failure the path is empty, except
+  // that a null or empty `path` leaves it as it was.
+  bool Open(const char* path, OpenFileMode mode, NewLine_Mode newLine, bool truncate,
+            bool createDirectory);
+  // Opens a new name in the configured temporary directory; GetPathname tells which.
+  bool OpenTempFile(OpenFileMode mode, NewLine_Mode newLine, bool truncate, const char* prefix,
+                    const char* extension);
+  void Close();  // path, cache and last error stay
+
+  // Both set `*count` (which may be null) to the bytes delivered, also when they fail. A short read
+  // is passed on. The end of the file shows only in a read that delivers nothing; so does failure,
+  // so that loops until EndOfFile() end.
+  //
+  // In text mode Read delivers one line and a terminator (`length` counts both, and must be at
+  // least 1): LF, CR, CR LF and LF CR all end a line. One that `length` or the file cuts comes
+  // unchanged.
+  bool Read(void* buffer, DWORD length, DWORD* count);
+  bool CachedRead(void* buffer, DWORD length, DWORD* count);  // bytes, whatever the newline mode
+
+  // In text mode `buffer` is zero-terminated, `length` is unused and an empty text gives false. A
+  // write that the system cuts short gives true: FailedSinceOpen and the last error tell.
+  bool Write(const void* buffer, DWORD length);
+  void WriteFormatString(const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+  // Origin 0: the start; 1: the descriptor's position, which is ahead of the reader's while the
+  // cache holds unread bytes; 2: the end. Flushes to disk first. A failed move from the start or
+  // the end reopens the file, which is then neither created nor truncated, and moves once more.
+  bool MoveToPosition(DWORD origin, LONG distance);
+  void MakeThisEndOfFile();  // at the descriptor's position; flushes to disk first
+  DWORD GetFilePosition();   // the reader's; flushes to disk first; 0 closed, 0xFFFFFFFF failed
+  bool EndOfFile();
+  bool GetIsOpen();
+  LONGLONG GetCurrentFileSize();  // 0 on failure
+
+  bool Delete();  // closes first; false without a message when there is no such file
+  // Closes first. `newName` is used as given, on the same file system, and must not exist.
+  bool RenameFile(const char* newName);
+
+  void GetName(tstring& name) const;  // file name and extension, without the directory
+  const char* GetPathname() const;
+  const char* DisplayLastError() const;
+
+  // True once a read, a write (a short one included), a seek, a flush, a truncation or a question
+  // for position or size has failed since the last successful Open, whatever came after it.
+  bool FailedSinceOpen() const;
+  // On disk when true. Files that can't be flushed, such as pipes, have nothing to lose: true.
+  bool Flush();
+
+  static bool FileExists(const char* path);   // a directory too
+  static bool IsDirectory(const char* path);  // a bare name means the current directory's here
+  static bool CreateDirectory(const char* path);
+  static bool Delete(const char* path, bool recursive);
+  static bool GetTempFilename(tstring& name, const char* prefix, const char* extension);
+  static tstring GetMsgFileName(const GUID& guid, const char* extension);
+
+  // Flushes a file or a directory by name; true as for Flush.
+  static bool FlushToDisk(const char* path);
+  // Gives `to` the permission bits of `from` and, as far as the process may, its owner and group.
+  static bool CopyOwnerAndMode(const char* from, const char* to);
+
+ private:
+  static constexpr DWORD kCacheSize = 16384;
+
+  bool Fail(const char* label, int error, const char* doing);
+  bool FailData(const char* label, int error, const char* doing);
+  void DescribeError(int error, const char* doing, const char* path);
+
+  bool ResolvePath(const char* path, tstring& resolved);
+  bool OpenResolved(const tstring& path);
+  bool Reopen();
+  bool OpenDescriptor(const tstring& path, int flags, bool truncate);
+  bool RefuseOpening();
+  bool FailOpening(int error, const tstring& path);
+
+  char* Window();
+  DWORD WindowSize() const;
+  DWORD Unread() const;
+  void EmptyCache();
+  DWORD TakeUnread(char* out, DWORD length);
+  bool ReadDescriptor(char* out, DWORD size, DWORD taken, DWORD& delivered);
+  bool Refill(DWORD taken);
+  bool ReadBytes(char* out, DWORD length, DWORD& got);
+  bool ReadLine(char* line, DWORD length, DWORD& got);
+  DWORD TakeLinePart(char* out, DWORD room);
+  DWORD TakeSecondLineEnd(char* out);
+
+  bool WriteBytes(const void* bytes, std::size_t size);
+  bool WriteText(const char* text);
+
+  bool FlushAs(const char* label);
+  bool SeekStep(DWORD origin, LONG distance);
+
+  int m_descriptor = -1;
+  tstring m_path;
+  tstring m_hash;
+  tstring m_crc;
+  tstring m_lastError;
+  std::unique_ptr<char[]> m_cache;
+  DWORD m_cachePosition = 0;
+  DWORD m_cacheCount = 0;
+  NewLine_Mode m_newLineMode = NLM_BINARY;
+  OpenFileMode m_openMode = OFM_READ;
+  bool m_truncate = false;
+  bool m_createDirectory = false;
+  bool m_endOfFile = false;
+
+  bool m_failedSinceOpen = false;
+  char m_reserve = 0;  // a cache of one character where there is no other
+};
+
+// Reports a failure of the file layer: a trace line at `level` (0 to 9) and, where the
+// configuration asks for it, an entry in "FileErrors.txt" in the logging directory. Any thread;
+// never throws.
+CORVO_API void LogFileError(WORD level, const char* format, ...)
+    __attribute__((format(printf, 2, 3)));
+
+// The running program's directory with its final separator, followed by `name` and `extension`,
+// each of which may be null; no name, no extension. Names no existing file when the program's path
+// is unknown.
+CORVO_API tstring GetFullPathRelativeToCorvoPath(const char* name, const char* extension);
+
+// Removes a directory with all it holds; `clock` is an os_clock() value for giving up the processor
+// now and then. The library's own version removes nothing and returns true: the host supplies it.
+CORVO_API bool RemoveDirectoryTree(unsigned long& clock, const char* directory);
+
+#endif

@@ -1,0 +1,40 @@
+// The rule by which the file layer and the configuration find their files: beside the program.
+
+#include "LarkspurCommon/FileHandler.h"
+#include "platform/Win32Compat.h"
+
+namespace {
+
+// Stands for the program's directory when that isn't known: nothing can be found or made in it.
+constexpr char kNowhere[] = "/dev/null/";
+
+bool IsSeparator(char ch) {
+  return ch == '\\' || ch == '/';
+}
+
+tstring ProgramDirectory() {
+  char program[MAX_PATH];
+  char drive[_MAX_DRIVE];
+  char directory[_MAX_DIR];
+  if (GetModuleFileName(nullptr, program, sizeof program) == 0 ||
+      _splitpath_s(program, drive, sizeof drive, directory, sizeof directory, nullptr, 0, nullptr,
+                   0) != 0) {
+    return kNowhere;
+  }
+  tstring result = tstring::FromFormat("%s%s", drive, directory);
+  if (result.empty()) return kNowhere;
+  if (!IsSeparator(result.back())) result += '\\';
+  return result;
+}
+
+}  // namespace
+
+tstring GetFullPathRelativeToCorvoPath(const char* name, const char* extension) {
+  tstring path = ProgramDirectory();
+  if (name == nullptr || *name == '\0') return path;
+  path += IsSeparator(*name) ? name + 1 : name;
+  if (extension == nullptr) return path;
+  if (*extension != '.') path += '.';
+  path += extension;
+  return path;
+}

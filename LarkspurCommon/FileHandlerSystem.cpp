@@ -1,0 +1,46 @@
+// The system calls that the file layer shares, with the errors it tolerates or adds.
+
+#include "LarkspurCommon/FileHandlerSystem.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace file_layer {
+namespace {
+
+bool CannotBeFlushed(int error) {
+  return error == EINVAL || error == EROFS || error == ENOTSUP;
+}
+
+}  // namespace
+
+bool GetStatus(int descriptor, struct statx& status) {
+  return ::statx(descriptor, "", AT_EMPTY_PATH, STATX_BASIC_STATS, &status) == 0;
+}
+
+bool GetStatus(const char* path, struct statx& status) {
+  return ::statx(AT_FDCWD, path, 0, STATX_BASIC_STATS, &status) == 0;
+}
+
+bool SizeFits(const struct statx& status) {
+  if (status.stx_size <= kLargestFile) return true;
+  errno = EOVERFLOW;
+  return false;
+}
+
+bool FlushDescriptor(int descriptor) {
+  return Uninterrupted([&] { return ::fsync(descriptor); }) == 0 || CannotBeFlushed(errno);
+}
+
+off_t Seek(int descriptor, off_t distance, int whence) {
+  const off_t position = ::lseek(descriptor, distance, whence);
+  if (position <= kLargestFile) return position;
+  errno = EOVERFLOW;
+  return -1;
+}
+
+bool SetSize(int descriptor, off_t size) {
+  return Uninterrupted([&] { return ::ftruncate(descriptor, size); }) == 0;
+}
+
+}  // namespace file_layer

@@ -1,0 +1,41 @@
+#ifndef LARKSPURCOMMON_FILEHANDLERSYSTEM_H
+#define LARKSPURCOMMON_FILEHANDLERSYSTEM_H
+
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cerrno>
+
+// The system calls of the file layer. Each fails with errno set, and none with EINTR.
+namespace file_layer {
+
+// The largest size and position that 32-bit system calls report.
+constexpr off_t kLargestFile = 0x7FFFFFFF;
+
+// Makes a call that gives -1 when it fails, again for as long as signals interrupt it.
+template <class Call>
+auto Uninterrupted(Call call) {
+  auto result = call();
+  while (result == -1 && errno == EINTR) result = call();
+  return result;
+}
+
+// By `statx`: 32-bit calls fail for files with times beyond 2038.
+bool GetStatus(int descriptor, struct statx& status);
+bool GetStatus(const char* path, struct statx& status);
+
+// Whether a file of this size can be handled; false with EOVERFLOW.
+bool SizeFits(const struct statx& status);
+
+// fsync. What can't be flushed (a pipe, a terminal, a directory on some file systems) is success.
+bool FlushDescriptor(int descriptor);
+
+// lseek; -1 with EOVERFLOW where the new position is beyond kLargestFile.
+off_t Seek(int descriptor, off_t distance, int whence);
+
+// ftruncate
+bool SetSize(int descriptor, off_t size);
+
+}  // namespace file_layer
+
+#endif

@@ -1,0 +1,59 @@
+// Writing: bytes, and text with its line ends made CR LF.
+
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstring>
+
+#include "LarkspurCommon/FileHandler.h"
+#include "LarkspurCommon/FileHandlerBoundary.h"
+#include "LarkspurCommon/FileHandlerSystem.h"
+
+using namespace file_layer;
+
+namespace {
+
+constexpr char kWrite[] = "bool TFileHandler::Write(const void*, DWORD)";
+constexpr char kWriting[] = "writing data to";
+constexpr char kLineEnd[] = {'\r', '\n'};
+
+}  // namespace
+
+bool TFileHandler::Write(const void* buffer, DWORD length) {
+  return AtBoundary(kWrite, __LINE__, false, [&] {
+    if (!GetIsOpen()) return false;
+    if (m_newLineMode != NLM_TEXT) return WriteBytes(buffer, length);
+    return WriteText(static_cast<const char*>(buffer));
+  });
+}
+
+void TFileHandler::WriteFormatString(const char* format, ...) {
+  tstring text;
+  va_list args;
+  va_start(args, format);
+  text.FormatV(format, args);
+  va_end(args);
+  Write(text.c_str(), static_cast<DWORD>(text.size()));
+}
+
+// A short write counts as done, as callers know it, but isn't forgotten.
+bool TFileHandler::WriteBytes(const void* bytes, std::size_t size) {
+  const ssize_t written = Uninterrupted([&] { return ::write(m_descriptor, bytes, size); });
+  if (written < 0) return FailData(kWrite, errno, kWriting);
+  if (static_cast<std::size_t>(written) < size) FailData(kWrite, ENOSPC, kWriting);
+  return true;
+}
+
+bool TFileHandler::WriteText(const char* text) {
+  bool ok = false;  // as it stays for an empty text
+  while (*text != '\0') {
+    const std::size_t segment = std::strcspn(text, "\n");
+    ok = WriteBytes(text, segment);
+    text += segment;
+    if (!ok || *text == '\0') break;
+    ok = WriteBytes(kLineEnd, sizeof kLineEnd);
+    if (!ok) break;
+    ++text;
+  }
+  return ok;
+}
