@@ -1,0 +1,57 @@
+#ifndef ENGINE_SEALEDCOPY_H
+#define ENGINE_SEALEDCOPY_H
+
+#include "engine/CorvoVerifiedRecording.h"
+
+// Length of the header that every sealed recording starts with, audio behind it: the RIFF header,
+// "eyre", "fmt ", the record, "fact" and the header of "data".
+constexpr unsigned long kSealedHeaderSize = 12 + (8 + 8) + (8 + 16) + sizeof(NA_INFO) + (8 + 4) + 8;
+static_assert(kSealedHeaderSize == 3170);
+
+// What sealing and verification both do: a recording is copied into a temporary file in the layout
+// that a seal's digest covers. One operation's working state; where a step returns false, `error`
+// says why.
+class SealedCopy {
+ public:
+  explicit SealedCopy(VerifyRecording& owner);
+
+  // A new file with a free name in the temporary directory.
+  bool OpenTemporary();
+
+  // Lets nobody read or change the temporary file who may not do so to the recording: gives it the
+  // permission bits and, where the process may, the owner.
+  bool ProtectTemporary();
+
+  // Zeroes the record's flag and its whole signature area.
+  void ClearSeal();
+
+  // How many bytes of the declared audio the recording lacks, from its present position on.
+  unsigned long MissingAudio();
+
+  // Writes the sealed header, with the seal cleared and no "eyre" value, and the audio that the
+  // recording stands at; gives the SHA-1 digest over that whole file.
+  bool Build(unsigned char digest[kDigestSize]);
+
+  // Whether everything done to the temporary file has worked and it has exactly the right length.
+  bool IsComplete();
+
+  // Whether everything done to an open file has worked so far.
+  bool IsSound(const TFileHandler& file);
+
+  VerifyRecording& engine;
+  TFileHandler recording;
+  TFileHandler temporary;
+  NA_INFO record{};
+  unsigned long factValue = 0;
+  unsigned long audioBytes = 0;
+  tstring error;
+
+ private:
+  bool CopyAudio();
+  bool Digest(unsigned char digest[kDigestSize]);
+  bool HasFullLength(LONGLONG length);
+
+  unsigned long m_yieldTimer;
+};
+
+#endif
