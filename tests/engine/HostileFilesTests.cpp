@@ -1,0 +1,76 @@
+// Malformed recordings through all four functions: answers, never harm. Run under the sanitizers.
+
+#include "EngineTest.h"
+
+namespace corvo_test {
+namespace {
+
+class HostileFilesTest : public EngineTest {
+ protected:
+  // Seals, verifies, asks and reads. A recording is left as it was, or sealed.
+  void PassThroughAll(const std::string& bytes) {
+    char properties[2048];
+    Record(bytes);
+    IsSignaturePresent(m_path.c_str());
+    GetRecordingProperty(m_path.c_str(), properties);
+    for (const unsigned short codec : {kG726, kGsm}) {
+      Record(bytes);
+      const bool sealed = Seal(codec);
+      if (Recorded() != bytes) {
+        EXPECT_TRUE(sealed && Verify());
+        EXPECT_TRUE(GetRecordingProperty(m_path.c_str(), properties));
+      }
+      EXPECT_TRUE(TemporaryFiles().empty());
+    }
+  }
+};
+
+TEST_F(HostileFilesTest, EveryLengthOfASmallRecording) {
+  const std::string whole = G726Recording(Audio(40));
+  Record(whole);
+  ASSERT_TRUE(Seal());
+  const std::string sealed = Recorded();
+  // Inside the record one byte more or less makes no difference in kind.
+  for (const std::string& bytes : {whole, sealed}) {
+    for (std::size_t length = 0; length <= bytes.size(); ++length) {
+      if (length > 200 && length < 3050 && length % 97 != 0) continue;
+      PassThroughAll(bytes.substr(0, length));
+      Record(bytes.substr(0, length));
+      EXPECT_EQ(Verify(), bytes == sealed && length == sealed.size()) << length;
+    }
+  }
+}
+
+TEST_F(HostileFilesTest, HugeSizesAnywhere) {
+  const std::string whole = G726Recording(Audio(40));
+  Record(whole);
+  ASSERT_TRUE(Seal());
+  for (const std::string& bytes : {whole, Recorded()}) {
+    for (const char* id : {"RIFF", "LIST", "eyre", "fmt ", "ALCH", "fact", "data"}) {
+      const std::size_t at = bytes.find(id);
+      if (at == std::string::npos) continue;
+      for (const unsigned size : {0xFFFFFFFFu, 0x80000000u, 0x7FFFFFFFu, 0u}) {
+        std::string changed = bytes;
+        changed.replace(at + 4, 4, Le32(size));
+        PassThroughAll(changed);
+      }
+    }
+  }
+}
+
+TEST_F(HostileFilesTest, DirectoriesAndOddPathsEndWithAnAnswer) {
+  char properties[2048];
+  for (const std::string& path :
+       {ScratchPath("rec"), ScratchPath("rec/"), std::string(), std::string("/dev/null"),
+        std::string(5000, 'p'), "/" + std::string(300, 'q')}) {
+    long long start = 0, end = 0;
+    EXPECT_FALSE(CreateSignature(path.c_str(), kGsm, &start, &end));
+    EXPECT_FALSE(VerifySignature(path.c_str()));
+    EXPECT_FALSE(IsSignaturePresent(path.c_str()));
+    EXPECT_TRUE(GetRecordingProperty(path.c_str(), properties));
+  }
+  EXPECT_FALSE(VerifySignature(nullptr));
+}
+
+}  // namespace
+}  // namespace corvo_test

@@ -1,0 +1,34 @@
+// The host services every test program supplies: nothing of the machine's own is read or written.
+
+#include <sys/types.h>
+
+#include <cstring>
+
+#include "platform/HostServices.h"
+#include "platform/Win32Compat.h"
+#include "support/Scratch.h"
+
+extern "C" const char* CorvoSettingsDirectory() {
+  static const std::string directory = [] {
+    std::string path = corvo_test::ScratchPath("etc");
+    corvo_test::MakeDirectory(path);
+    return path;
+  }();
+  return directory.c_str();
+}
+
+extern "C" const char* CorvoReleaseMarker() {
+  static const std::string marker = corvo_test::ScratchPath("KMR_release");
+  return marker.c_str();
+}
+
+// The program that the library believes it runs in: <scratch>/bin/testhost.
+extern "C" DWORD GetModuleFileName(void*, char* buffer, DWORD size) {
+  static const std::string program = [] {
+    corvo_test::MakeDirectory(corvo_test::ScratchPath("bin"));
+    return corvo_test::ScratchPath("bin/testhost");
+  }();
+  if (size <= program.size()) return 0;
+  std::memcpy(buffer, program.c_str(), program.size() + 1);
+  return static_cast<DWORD>(program.size());
+}
