@@ -1,0 +1,26 @@
+#ifndef TOOLS_CORVO_HOSTSERVICES_H
+#define TOOLS_CORVO_HOSTSERVICES_H
+
+#include <string>
+#include <vector>
+
+namespace corvo {
+
+// What the command tells the library as its host process: where to keep what it writes on its own
+// account, which trace lines are wanted and where they go. One thread uses all of this.
+
+// $XDG_STATE_HOME/corvo, or .local/state/corvo in the user's home directory. Throws InputError.
+std::string DefaultHome();
+
+// To be called before the first call into the library. Settings and temporary files stay below
+// `home`, which is made if it is missing. With `trace`, every trace line goes to stderr as well.
+// Throws InputError.
+void SetUpHost(const std::string& home, bool trace);
+
+// Why the library refused since the last call: its failure lines, joined, without trace prefixes
+// and the signatures of the operations that wrote them.
+std::string TakeReason();
+
+}  // namespace corvo
+
+#endif
