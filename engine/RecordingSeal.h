@@ -27,7 +27,8 @@ extern "C" {
    wCodec: 16 for GSM audio; any other value for a recording with G.726 chunks.
    pStartTime, pEndTime: 64-bit times in units of 100 ns, neither may be null. Their difference is
    the duration written into the record; the start time becomes the "eyre" chunk. Unless wCodec is
-   16, *pEndTime then receives the "eyre" value that the recording had before. */
+   16, the search for the audio of a recording that isn't sealed yet stores the recording's own
+   "eyre" value in *pEndTime. */
 CORVO_API bool CreateSignature(const char* pszFileName, unsigned short wCodec,
                                long long* pStartTime, long long* pEndTime);
 
