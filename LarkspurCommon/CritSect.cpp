@@ -123,11 +123,11 @@ void CriticalSection::ReportForeignRelease(char const* file, int line) {
 }
 
 void CriticalSection::CheckHoldTime(char const* file, int line) {
+  const HoldCancellation hold;  // a thread cancelled here would never free the lock
   const DWORD taken = m_lockTime.load(kRelaxed);
   if (taken == 0 || m_ignoreChecks.load(kRelaxed)) return;
   const DWORD held = Now() - taken;
   if (held <= kLongestHold) return;
-  const HoldCancellation hold;  // a thread cancelled here would never free the lock
   const SYSTEMTIME then = LocalTimeBefore(held);
   DebugA(kLongHold,
          "CriticalSection::Unlock[%s(%d)](%s, %p, TID=%lx, owner=%lx, file=%s, line=%d), "

@@ -18,7 +18,19 @@ char const* Printable(char const* text) {
   return text != nullptr ? text : "(null)";
 }
 
+// A handler that traces may meet the same exception again: that isn't reported to it once more.
 void CallHandler(TraceHandler handler, char const* file, char const* function, int line) {
+  class Telling {
+   public:
+    explicit Telling(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~Telling() { m_flag = false; }
+
+   private:
+    bool& m_flag;
+  };
+  static thread_local bool t_telling = false;
+  if (t_telling) return;
+  const Telling telling(t_telling);
   try {
     handler(file, function, line);
   } catch (abi::__forced_unwind&) {
@@ -58,11 +70,13 @@ void _DebugW(wchar_t const* format, ...) {
 }
 
 void __DebugA(DWORD id, char const* format, va_list args) {
+  const KeepErrno keep;
   RunGuarded("void __DebugA(DWORD, const char*, va_list)", __LINE__,
              [&] { __InternalDebugA(id, format, args); });
 }
 
 void __DebugW(DWORD id, wchar_t const* format, va_list args) {
+  const KeepErrno keep;
   RunGuarded("void __DebugW(DWORD, const wchar_t*, va_list)", __LINE__,
              [&] { __InternalDebugW(id, format, args); });
 }

@@ -40,6 +40,7 @@ bool PassesFilter(DWORD id) {
 }  // namespace
 
 bool IsDebugEnabled(DWORD id) {
+  const KeepErrno keep;
   try {
     if (!s_bInitialised.load(std::memory_order_acquire)) {
       InitDebug(nullptr, nullptr, nullptr);

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <limits>
 #include <map>
 #include <memory>
 #include <string>
@@ -26,14 +27,17 @@ namespace {
 
 constexpr char sDbgFileName[] = "/corvo_debug_settings.ini";
 constexpr int kReadSize = 512;  // a longer line counts as several
-constexpr int kNoTime = -1;
+constexpr long long kNoTime = std::numeric_limits<long long>::min();
+
+using Entries = std::map<tstring, tstring>;
 
 // A plain pointer: the host may trace after the library's destructors have run.
-std::map<tstring, tstring>* piniData = nullptr;
+Entries* piniData = nullptr;
 bool bIniFileExists = false;
-bool bIniFileUnread = false;           // the last attempt to read it failed
-int ftLastIniFileWriteTime = kNoTime;  // seconds, cut to 32 bits
-bool bIniFileChanged = false;          // there are changes that aren't in the file
+bool bIniFileLoaded = false;                 // the entries are those of the file as last seen
+bool bIniFileBeingRead = false;              // a host's fopen_s may come back here
+long long ftLastIniFileWriteTime = kNoTime;  // seconds
+bool bIniFileChanged = false;                // there are changes that aren't in the file
 
 std::string IniFilePath() {
   char const* directory = CorvoSettingsDirectory();
@@ -45,13 +49,19 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
+// Reading anything else (a pipe, a device) might never end.
+bool IsRegularFile(std::string const& path) {
+  struct statx status;
+  return ::statx(AT_FDCWD, path.c_str(), 0, STATX_TYPE, &status) == 0 && S_ISREG(status.stx_mode);
+}
+
 File OpenIniFile(char const* mode) {
   std::FILE* file = nullptr;
   if (fopen_s(&file, IniFilePath().c_str(), mode) != 0) return nullptr;
   return File(file);
 }
 
-void AddLine(std::string_view line) {
+void AddLine(std::string_view line, Entries& entries) {
   if (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
   const std::size_t equals = line.find('=');
   if (equals == std::string_view::npos) return;
@@ -59,15 +69,31 @@ void AddLine(std::string_view line) {
   if (start == std::string_view::npos) return;
   tstring value(std::string(line.substr(start)));
   value.TrimRight();
-  piniData->emplace(std::string(line.substr(0, equals)), value);  // the first one counts
+  entries.emplace(std::string(line.substr(0, equals)), value);  // the first one counts
 }
 
-bool ReadLines() {
+bool ReadLines(Entries& entries) {
+  if (!IsRegularFile(IniFilePath())) return false;
   const File file = OpenIniFile("r");
   if (file == nullptr) return false;
   char line[kReadSize];
-  while (std::fgets(line, sizeof line, file.get()) != nullptr) AddLine(line);
+  while (std::fgets(line, sizeof line, file.get()) != nullptr) AddLine(line, entries);
   return std::ferror(file.get()) == 0;
+}
+
+// Leaves the entries as they are when the file can't be read: the next look tries again, and until
+// then nothing is written over it, however the reading ended.
+void LoadEntries() {
+  class BeingRead {
+   public:
+    BeingRead() { bIniFileBeingRead = true; }
+    ~BeingRead() { bIniFileBeingRead = false; }
+  } const scope;
+  Entries entries;
+  if (bIniFileExists && !ReadLines(entries)) return;
+  piniData->swap(entries);
+  bIniFileChanged = false;
+  bIniFileLoaded = true;
 }
 
 bool WriteLines() {
@@ -90,6 +116,7 @@ void UnloadIniFile() {
   const DebugLockHelper lock(*s_DebugLock);
   delete piniData;
   piniData = nullptr;
+  bIniFileLoaded = false;
   bIniFileChanged = false;
 }
 
@@ -105,7 +132,7 @@ bool HasIniFileChanged() {
   bIniFileExists = true;
   struct statx status;
   if (::statx(AT_FDCWD, path.c_str(), 0, STATX_MTIME, &status) != 0) return false;
-  const int writeTime = static_cast<int>(status.stx_mtime.tv_sec);
+  const long long writeTime = status.stx_mtime.tv_sec;
   if (writeTime == ftLastIniFileWriteTime) return false;
   ftLastIniFileWriteTime = writeTime;
   return true;
@@ -113,21 +140,19 @@ bool HasIniFileChanged() {
 
 void ReadIniFile() {
   const DebugLockHelper lock(*s_DebugLock);
+  if (s_bDeInitCalled.load() || bIniFileBeingRead) return;
   if (piniData == nullptr) {
-    piniData = new std::map<tstring, tstring>;
+    piniData = new Entries;
     ftLastIniFileWriteTime = kNoTime;
   }
-  if (!HasIniFileChanged()) return;
-  piniData->clear();
-  bIniFileChanged = false;
-  bIniFileUnread = bIniFileExists && !ReadLines();
-  if (bIniFileUnread) ftLastIniFileWriteTime = kNoTime;  // to be tried again
+  if (HasIniFileChanged()) bIniFileLoaded = false;
+  if (!bIniFileLoaded) LoadEntries();
 }
 
 void WriteIniFile() {
   const DebugLockHelper lock(*s_DebugLock);
-  if (!bIniFileChanged || bIniFileUnread) return;  // unread: it may hold more than we know
-  const HoldCancellation hold;                     // no half written file
+  if (!bIniFileChanged || !bIniFileLoaded) return;
+  const HoldCancellation hold;  // no half written file
   if (WriteLines()) bIniFileChanged = false;
   HasIniFileChanged();
 }
@@ -135,6 +160,7 @@ void WriteIniFile() {
 void UpdateIniFileEntry(tstring& key, tstring& value) {
   const DebugLockHelper lock(*s_DebugLock);
   if (piniData == nullptr) ReadIniFile();
+  if (piniData == nullptr) return;  // the module has been stopped
   const auto [entry, added] = piniData->try_emplace(key, value);
   if (!added) {
     if (entry->second == value) return;

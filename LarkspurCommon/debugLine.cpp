@@ -183,9 +183,10 @@ bool TraceLine<Char>::PutMessage(Char const* format, va_list args) {
     m_length += static_cast<std::size_t>(length);
     return true;
   }
-  // Truncated, or refused part of the way: then blanks stand for what is missing.
+  // Truncated, or refused part of the way: then blanks stand for what is missing. (The wide
+  // formatter doesn't tell the two apart.)
   Char* const last = m_text + kMaxLength - 1;
-  Char* const end = std::find(message, last, Char(0));
+  Char* const end = length < 0 ? std::find(message, last, Char(0)) : last;
   if (end == message) return false;
   std::fill(end, last, Char(' '));
   m_length = kMaxLength;

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <cwchar>
 #include <string>
@@ -151,7 +152,7 @@ void DeInitDebug() {
 }
 
 DebugFilterLevel GetDebugFilterLevel() {
-  ReadDebugSettings();
+  RunGuarded("DebugFilterLevel GetDebugFilterLevel()", __LINE__, [] { ReadDebugSettings(); });
   switch (s_wDebugLevel.load(std::memory_order_relaxed)) {
     case 1:
       return DFL_ESSENTIAL;
@@ -173,19 +174,24 @@ DebugFilterLevel GetDebugFilterLevel() {
 }
 
 void SetDebugFilterLevel(DebugFilterLevel level) {
-  s_wDebugLevel.store(static_cast<WORD>(level), std::memory_order_relaxed);
-  WriteDebugSettings();
+  RunGuarded("void SetDebugFilterLevel(DebugFilterLevel)", __LINE__, [level] {
+    const DebugLockHelper lock(*s_DebugLock);  // a look at the file must not come in between
+    s_wDebugLevel.store(static_cast<WORD>(level), std::memory_order_relaxed);
+    WriteDebugSettings();
+  });
 }
 
 void SetDebugIdNames(unsigned int firstId, unsigned int count, char const* const* names) {
   if (names == nullptr) return;
-  const DebugLockHelper lock(*s_DebugLock);
-  ReadIniFile();
-  for (unsigned int i = 0; i < count; ++i) {
-    UpdateEntry(tstring::FromFormat("ID %02x Name", firstId + i),
-                names[i] != nullptr ? names[i] : "");
-  }
-  WriteDebugSettings();
+  RunGuarded("void SetDebugIdNames(unsigned int, unsigned int, const char* const*)", __LINE__, [&] {
+    const DebugLockHelper lock(*s_DebugLock);
+    ReadIniFile();
+    for (unsigned int i = 0; i < count; ++i) {
+      UpdateEntry(tstring::FromFormat("ID %02x Name", firstId + i),
+                  names[i] != nullptr ? names[i] : "");
+    }
+    WriteDebugSettings();
+  });
 }
 
 void RereadDebugSettings() {
@@ -203,8 +209,10 @@ void ReadDebugSettings() {
 void WriteDebugSettings() {
   const DebugLockHelper lock(*s_DebugLock);
   ReadIniFile();
-  UpdateEntry(kNameKey, s_moduleNamed.load() ? s_szModuleNameA : "");
   UpdateEntry(kLevelKey, unsigned{s_wDebugLevel.load(std::memory_order_relaxed)});
-  UpdateEntry(kBitmapKey, FormatIdBitmap());
+  if (s_moduleNamed.load()) {  // before the start there is no name, and the bitmap isn't the file's
+    UpdateEntry(kNameKey, s_szModuleNameA);
+    UpdateEntry(kBitmapKey, FormatIdBitmap());
+  }
   WriteIniFile();
 }

@@ -2,10 +2,10 @@
 #define LARKSPURCOMMON_DEBUGSTATE_H
 
 #include <cxxabi.h>
-#include <pthread.h>
 
 #include <array>
 #include <atomic>
+#include <cerrno>
 
 #include "platform/Win32Types.h"
 
@@ -42,6 +42,18 @@ void RereadDebugSettings();
 
 // Ends the indentation of every thread.
 void DeleteIndentKey();
+
+// Callers trace between a failing call and their look at errno, and may print it with %m.
+class KeepErrno {
+ public:
+  KeepErrno() : m_errno(errno) {}
+  ~KeepErrno() { errno = m_errno; }
+  KeepErrno(const KeepErrno&) = delete;
+  KeepErrno& operator=(const KeepErrno&) = delete;
+
+ private:
+  const int m_errno;
+};
 
 // Tells the host's exception handler, if there is one. Whatever that throws is dropped.
 void ReportCaught(char const* function, int line);
