@@ -86,3 +86,5 @@ void BareSystemCalls(benchmark::State& state) {
 BENCHMARK(BareSystemCalls);
 
 }  // namespace
+
+BENCHMARK_MAIN();

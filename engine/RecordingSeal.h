@@ -32,8 +32,7 @@ extern "C" {
 CORVO_API bool CreateSignature(const char* pszFileName, unsigned short wCodec,
                                long long* pStartTime, long long* pEndTime);
 
-/* True: the recording is sealed, and what the seal covers is unchanged. The recording is only read.
- */
+/* True: the recording is sealed, and what the seal covers is unchanged. It is only read. */
 CORVO_API bool VerifySignature(const char* pszFileName);
 
 /* True: the recording's metadata record is marked as sealed. The digest is not looked at. */
