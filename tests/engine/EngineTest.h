@@ -44,6 +44,7 @@ class EngineTest : public testing::Test {
     RemoveTree(ScratchPath("rec"));
     RemoveTree(TemporaryDirectory());
     MakeDirectory(ScratchPath("rec"));
+    MakeDirectory(ScratchPath("bin"));
   }
 
   void Record(const std::string& bytes) { WriteFile(m_path, bytes); }
