@@ -112,17 +112,15 @@ class CORVO_API TFileHandler {
   bool RefuseOpening();
   bool FailOpening(int error, const tstring& path);
 
-  char* Window();
-  DWORD WindowSize() const;
-  DWORD Unread() const;
-  void EmptyCache();
+  char* Window() { return m_cache ? m_cache.get() : &m_reserve; }
+  DWORD WindowSize() const { return m_cache ? kCacheSize : DWORD{sizeof m_reserve}; }
+  DWORD Unread() const { return m_cacheCount - m_cachePosition; }
+  void EmptyCache() { m_cachePosition = m_cacheCount = 0; }
   DWORD TakeUnread(char* out, DWORD length);
   bool ReadDescriptor(char* out, DWORD size, DWORD taken, DWORD& delivered);
   bool Refill(DWORD taken);
   bool ReadBytes(char* out, DWORD length, DWORD& got);
-  bool ReadLine(char* line, DWORD length, DWORD& got);
-  DWORD TakeLinePart(char* out, DWORD room);
-  DWORD TakeSecondLineEnd(char* out);
+  bool ReadLine(char* buffer, DWORD length, DWORD& got);
 
   bool WriteBytes(const void* bytes, std::size_t size);
   bool WriteText(const char* text);

@@ -25,20 +25,55 @@ bool IsLineEnd(char ch) {
 
 // The length of what comes up to and including the first CR or LF: all of it when there is none.
 DWORD LinePartLength(const char* text, DWORD size) {
-  if (const void* lf = std::memchr(text, '\n', size)) {
-    size = static_cast<DWORD>(static_cast<const char*>(lf) - text) + 1;
-  }
-  if (const void* cr = std::memchr(text, '\r', size)) {
-    size = static_cast<DWORD>(static_cast<const char*>(cr) - text) + 1;
+  for (const char end : {'\n', '\r'}) {
+    if (const void* found = std::memchr(text, end, size)) {
+      size = static_cast<DWORD>(static_cast<const char*>(found) - text) + 1;
+    }
   }
   return size;
 }
 
-// Turns the line end, of one character or two, into one LF.
-void NormaliseLineEnd(char* line, DWORD& length) {
-  if (length > 1 && IsLineEnd(line[length - 2])) --length;
-  line[length - 1] = '\n';
-}
+// A line on its way into the caller's buffer, whose last place it leaves to the terminator.
+class Line {
+ public:
+  Line(char* text, DWORD size) : m_text(text), m_room(size - 1) {}
+
+  DWORD Length() const { return m_length; }
+  bool IsComplete() const { return m_ended || m_length == m_room; }
+
+  // Takes what belongs to the line from the front of `bytes`: how many, perhaps none.
+  DWORD Take(const char* bytes, DWORD size) {
+    if (m_length > 0 && IsLineEnd(m_text[m_length - 1])) return TakeSecondLineEnd(*bytes);
+    const DWORD part = LinePartLength(bytes, std::min(size, m_room - m_length));
+    std::memcpy(m_text + m_length, bytes, part);
+    m_length += part;
+    return part;
+  }
+
+  // The length, with the line end, of one character or two, made one LF.
+  DWORD Finish() {
+    if (m_ended) {
+      if (m_length > 1 && IsLineEnd(m_text[m_length - 2])) --m_length;
+      m_text[m_length - 1] = '\n';
+    }
+    m_text[m_length] = '\0';
+    return m_length;
+  }
+
+ private:
+  // The line ends before `next`, unless that makes a pair with the line end before it.
+  DWORD TakeSecondLineEnd(char next) {
+    m_ended = true;
+    if (!IsLineEnd(next) || next == m_text[m_length - 1]) return 0;
+    m_text[m_length++] = next;
+    return 1;
+  }
+
+  char* const m_text;
+  const DWORD m_room;
+  DWORD m_length = 0;
+  bool m_ended = false;
+};
 
 }  // namespace
 
@@ -63,23 +98,6 @@ bool TFileHandler::CachedRead(void* buffer, DWORD length, DWORD* got) {
 
 bool TFileHandler::EndOfFile() {
   return m_endOfFile;
-}
-
-char* TFileHandler::Window() {
-  return m_cache ? m_cache.get() : &m_reserve;
-}
-
-DWORD TFileHandler::WindowSize() const {
-  return m_cache ? kCacheSize : DWORD{sizeof m_reserve};
-}
-
-DWORD TFileHandler::Unread() const {
-  return m_cacheCount - m_cachePosition;
-}
-
-void TFileHandler::EmptyCache() {
-  m_cachePosition = 0;
-  m_cacheCount = 0;
 }
 
 DWORD TFileHandler::TakeUnread(char* out, DWORD length) {
@@ -115,44 +133,24 @@ bool TFileHandler::ReadBytes(char* out, DWORD length, DWORD& got) {
     ok = Refill(got);
     more = TakeUnread(out + got, left);
   } else {
-    EmptyCache();
     ok = ReadDescriptor(out + got, left, got, more);
   }
   got += more;
   return ok;
 }
 
-bool TFileHandler::ReadLine(char* line, DWORD length, DWORD& got) {
+bool TFileHandler::ReadLine(char* buffer, DWORD length, DWORD& got) {
   if (length == 0) return false;
-  const DWORD room = length - 1;  // the terminator's place is kept
+  Line line(buffer, length);
   bool ok = true;
-  bool ended = false;
-  while (ok && got < room && !ended && !m_endOfFile) {
+  while (ok && !line.IsComplete() && !m_endOfFile) {
     if (Unread() == 0) {
       ok = Refill(0);
-    } else if (got > 0 && IsLineEnd(line[got - 1])) {
-      got += TakeSecondLineEnd(line + got);
-      ended = true;
     } else {
-      got += TakeLinePart(line + got, room - got);
+      m_cachePosition += line.Take(Window() + m_cachePosition, Unread());
     }
   }
-  line[got] = '\0';
-  if (!ok || got == 0) return ok;
-  if (ended) {
-    NormaliseLineEnd(line, got);
-    line[got] = '\0';
-  }
-  m_endOfFile = false;
-  return true;
-}
-
-DWORD TFileHandler::TakeLinePart(char* out, DWORD room) {
-  return TakeUnread(out, LinePartLength(Window() + m_cachePosition, std::min(room, Unread())));
-}
-
-// Takes the next character, which follows a CR or LF, if it makes a pair with that one.
-DWORD TFileHandler::TakeSecondLineEnd(char* out) {
-  const char next = Window()[m_cachePosition];
-  return IsLineEnd(next) && next != out[-1] ? TakeUnread(out, 1) : 0;
+  got = line.Finish();
+  if (ok && got > 0) m_endOfFile = false;
+  return ok;
 }

@@ -100,12 +100,14 @@ TEST_F(FileHandlerTest, ModesCreateAndTruncate) {
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::Message() << row.mode << row.truncate);
     const std::string old = Make("old", "old"), fresh = ScratchPath("fresh");
-    file.Open(old.c_str(), row.mode, NLM_BINARY, row.truncate, false);
+    EXPECT_EQ(row.mode <= OFM_READWRITE,
+              file.Open(old.c_str(), row.mode, NLM_BINARY, row.truncate, false));
     EXPECT_EQ(row.left, ReadFile(old));
     EXPECT_EQ(row.creates, file.Open(fresh.c_str(), row.mode, NLM_BINARY, row.truncate, false));
     EXPECT_EQ(row.creates ? 0664u : 0u, ModeOf(fresh));
     ::unlink(fresh.c_str());
   }
+  EXPECT_TRUE(file.Open("/dev/null", OFM_WRITE, NLM_BINARY, true, false)) << "nothing to truncate";
 }
 
 TEST_F(FileHandlerTest, OnlyADatabaseDirectoryThatAFailedOpenMadeGoes) {
@@ -177,7 +179,7 @@ TEST_F(FileHandlerTest, RenamesOntoFreeNamesOnly) {
   EXPECT_THAT(trace.Texts(0x28, '2'),
               ElementsAre("bool TFileHandler::RenameFile(const TCHAR*) - " + error + "."));
   EXPECT_EQ("kept", ReadFile(taken));
-  EXPECT_FALSE(file.RenameFile((taken + std::string(260, '/') + "x").c_str()));
+  EXPECT_FALSE(file.RenameFile((ScratchDirectory() + std::string(260, '/') + "x").c_str()));
   EXPECT_TRUE(file.RenameFile(ScratchPath("after").c_str()));
   EXPECT_EQ("bytes", ReadFile(ScratchPath("after")));
   EXPECT_FALSE(Exists(path));

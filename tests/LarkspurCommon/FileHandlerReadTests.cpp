@@ -73,7 +73,7 @@ TEST_F(FileHandlerTest, LinesComeAsCharacterByCharacter) {
 }
 
 TEST_F(FileHandlerTest, CacheSavesCallsAndKnowsTheEnd) {
-  std::string bytes(16384 + 16384 + 100, 'x');
+  std::string bytes(52868, 'x');
   bytes[16383] = 'y';
   const struct {
     DWORD length, got;
@@ -85,10 +85,11 @@ TEST_F(FileHandlerTest, CacheSavesCallsAndKnowsTheEnd) {
       {10, 10, 1, 10, false},           // fills the cache
       {16373, 16373, 1, 16383, false},  // from the cache
       {16384, 16384, 2, 32767, false},  // one cached, the others by a refill
-      {1, 1, 2, 32768, false},          //
-      {16384, 100, 3, 32868, false},    // past the cache, to the end but not beyond
-      {16384, 0, 4, 32868, true},       //
-      {1, 0, 5, 32868, true},
+      {1, 1, 2, 32768, false},
+      {20000, 20000, 3, 52768, false},  // past the cache
+      {20000, 100, 4, 52868, false},    // to the end, but not beyond
+      {20000, 0, 5, 52868, true},
+      {1, 0, 6, 52868, true},
   };
   ASSERT_TRUE(file.Open(Make("a", bytes).c_str(), OFM_READ, NLM_BINARY, false, false));
   std::vector<char> buffer(20000, 'x');
