@@ -103,7 +103,7 @@ Outcome ForEach(const std::vector<std::string>& files, Action action) {
 }
 
 CLI::App& AddFilesCommand(CLI::App& app, const char* name, const char* help, Request& request,
-                          std::function<Outcome(const std::string&)> action) {
+                          const std::function<Outcome(const std::string&)>& action) {
   CLI::App& command = *app.add_subcommand(name, help);
   command.add_option("files", request.files, "Recordings")->required()->type_name("FILE");
   command.callback([&request, action] {

@@ -37,7 +37,9 @@ long long EndAfter(long long start, const Recording& recording, const SealPlan& 
                    const SealableAudio& audio) {
   if (plan.end && *plan.end < start) throw InputError(recording.name, "would end before its start");
   if (plan.end) return *plan.end;
-  return EndOf(start, plan.duration.value_or(audio.duration));
+  const long long duration = plan.duration.value_or(audio.duration);
+  if (duration > kLatestTime - start) throw InputError(recording.name, "would never end");
+  return start + duration;
 }
 
 // Texts may hold anything; a line stays a line.
@@ -105,7 +107,11 @@ Outcome ShowProperties(const std::string& name, bool raw) {
   if (!IsSignaturePresent(recording.path.c_str())) {
     return Say(name, "not sealed: it has no properties", Outcome::kRefused);
   }
-  raw ? PrintRaw(recording) : PrintLines(recording);
+  if (raw) {
+    PrintRaw(recording);
+  } else {
+    PrintLines(recording);
+  }
   return Outcome::kFine;
 }
 

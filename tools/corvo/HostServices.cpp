@@ -47,7 +47,7 @@ std::string Reason(const std::string& line) {
   const std::size_t prefixEnd = line.find(": ", identifier);
   if (prefixEnd == std::string::npos || line.compare(identifier + 3, 3, ",2)") != 0) return {};
   const std::size_t begin = line.find_first_not_of(' ', prefixEnd + 1);
-  const std::string text = line.substr(begin, line.find_last_not_of(".\n") + 1 - begin);
+  std::string text = line.substr(begin, line.find_last_not_of(".\n") + 1 - begin);
 
   const std::string id = line.substr(identifier + 1, 2);
   const std::size_t signatureEnd = text.find(kSignatureEnd);

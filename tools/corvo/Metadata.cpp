@@ -130,8 +130,8 @@ void SetItem(NA_INFO& record, const Item& item) {
   char* const bytes = reinterpret_cast<char*>(&record) + field.offset;
   if (field.kind == Kind::kText) {
     if (item.value.size() > field.width) RefuseValue(field);
-    std::memset(bytes, 0, field.width);
-    std::memcpy(bytes, item.value.data(), item.value.size());
+    const std::size_t copied = item.value.copy(bytes, field.width);
+    std::memset(bytes + copied, 0, field.width - copied);
     return;
   }
   const DWORD number =

@@ -23,7 +23,7 @@ std::string Usable(const std::string& name, const fs::path& path) {
 
 fs::path Resolved(const std::string& name, const fs::path& path) {
   std::error_code error;
-  const fs::path resolved = fs::canonical(path, error);
+  fs::path resolved = fs::canonical(path, error);
   if (error) throw InputError(name, error.message());
   return resolved;
 }

@@ -4,7 +4,6 @@
 
 #include <cctype>
 #include <charconv>
-#include <limits>
 #include <system_error>
 
 #include "platform/Win32Compat.h"
@@ -13,7 +12,6 @@
 namespace corvo {
 namespace {
 
-constexpr long long kLatest = std::numeric_limits<long long>::max();
 constexpr std::size_t kDecimals = 7;        // of a second: 100 ns
 constexpr std::size_t kMostUnitDigits = 8;  // so many hours still fit into a time
 
@@ -30,7 +28,7 @@ class Reader {
     return true;
   }
 
-  // Digits only, at least one, from `least` to `most` of them.
+  // A whole run of digits, of `least` to `most` of them; `least` is not zero.
   template <class Number>
   bool Take(std::size_t least, std::size_t most, Number& number) {
     const char* stop = m_at;
@@ -111,11 +109,6 @@ long long ParseDuration(const std::string& text) {
     throw InputError("not a duration such as 65.9s, 1m5s or 65.9");
   }
   return ticks;
-}
-
-long long EndOf(long long start, long long duration) {
-  if (duration > kLatest - start) throw InputError("the end lies beyond the last possible time");
-  return start + duration;
 }
 
 }  // namespace corvo
