@@ -12,7 +12,7 @@ namespace {
 std::atomic<TraceHandler> s_lpfnTraceHandler{nullptr};
 
 constexpr DWORD kExceptionReport = 0x00250002;
-#define EXCEPTION_FORMAT "Exception has occurred in %s (%s[%d])"
+constexpr char kExceptionFormat[] = "Exception has occurred in %s (%s[%d])";
 
 char const* Printable(char const* text) {
   return text != nullptr ? text : "(null)";
@@ -96,11 +96,11 @@ void ReportCaught(char const* function, int line) {
 }
 
 void TraceException(char const* file, char const* function, int line) {
-  DebugA(kExceptionReport, EXCEPTION_FORMAT, Printable(function), Printable(file), line);
+  DebugA(kExceptionReport, kExceptionFormat, Printable(function), Printable(file), line);
 }
 
 void DebugTraceException(char const* file, char const* function, int line) {
   const TraceHandler handler = s_lpfnTraceHandler.load();
   if (handler != nullptr) return CallHandler(handler, file, function, line);
-  _DebugA(EXCEPTION_FORMAT, Printable(function), Printable(file), line);
+  _DebugA(kExceptionFormat, Printable(function), Printable(file), line);
 }

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
 
 #include "LarkspurCommon/HoldCancellation.h"
 #include "LarkspurCommon/debug.h"

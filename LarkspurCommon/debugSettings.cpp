@@ -1,5 +1,6 @@
 // The filter's settings, the start of the trace module and its end.
 
+#include <cxxabi.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 

@@ -25,49 +25,26 @@ constexpr int kCalls = 50;
 constexpr DWORD kLine = 0x00270002;
 
 std::atomic<int> g_lines;
+std::atomic<int> g_named;  // of them, those that show the module's name
 std::atomic<int> g_opened;
-std::atomic<int> g_wrongPrefix;
 
 // Its failures become the test's.
 template <class Body>
 void InChildProcess(Body body) {
-  std::remove((corvo_test::ScratchPath("etc/corvo_debug_settings.ini")).c_str());
-  EXPECT_EXIT(
-      {
-        body();
-        std::exit(testing::Test::HasFailure() ? 1 : 0);
-      },
-      testing::ExitedWithCode(0), "");
-}
-
-std::string Path() {
-  return CorvoSettingsDirectory() + std::string("/corvo_debug_settings.ini");
+  const auto run = [body] {
+    SetDebugHooks(nullptr, [](char const* line, unsigned) {
+      ++g_lines;
+      if (std::string(line).find(" testhost (27,2) ") != std::string::npos) ++g_named;
+    });
+    std::remove((CorvoSettingsDirectory() + std::string("/corvo_debug_settings.ini")).c_str());
+    body(CorvoSettingsDirectory() + std::string("/corvo_debug_settings.ini"));
+    std::exit(testing::Test::HasFailure() ? 1 : 0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
 std::string Entries(const std::string& name) {
   return "Filter Level=5\nID Bitmap=" + std::string(32, 'f') + "\nModule Name=" + name + "\n";
-}
-
-void CountLine(char const* line, unsigned) {
-  ++g_lines;
-  if (std::string(line).find(" testhost (27,2) ") == std::string::npos) ++g_wrongPrefix;
-}
-
-void TraceFromManyThreads() {
-  pthread_barrier_t barrier;
-  pthread_barrier_init(&barrier, nullptr, kThreads);
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&barrier] {
-      pthread_barrier_wait(&barrier);
-      for (int call = 0; call < kCalls; ++call) {
-        const CDebugTraceFn trace(kLine, "Run");
-        DebugA(kLine, "text");
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  pthread_barrier_destroy(&barrier);
 }
 
 }  // namespace
@@ -81,52 +58,49 @@ extern "C" int fopen_s(FILE** file, const char* path, const char* mode) {
 }
 
 TEST(TraceStart, ThreadsMeetInTheFirstCall) {
-  InChildProcess([] {
-    SetDebugHooks(nullptr, CountLine);
-    TraceFromManyThreads();
+  InChildProcess([](const std::string& path) {
+    pthread_barrier_t barrier;
+    pthread_barrier_init(&barrier, nullptr, kThreads);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+      threads.emplace_back([&barrier] {
+        pthread_barrier_wait(&barrier);
+        for (int call = 0; call < kCalls; ++call) {
+          const CDebugTraceFn trace(kLine, "Run");
+          DebugA(kLine, "text");
+        }
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(g_opened, 1) << "once, to write the file";
     EXPECT_EQ(g_lines, kThreads * kCalls * 3 + g_opened);
-    EXPECT_EQ(g_wrongPrefix, 0);
-    EXPECT_EQ(corvo_test::ReadFile(Path()), Entries("testhost"));
+    EXPECT_EQ(g_named, g_lines);
+    EXPECT_EQ(corvo_test::ReadFile(path), Entries("testhost"));
   });
 }
 
 TEST(TraceStart, ModuleNameIsEightCharacters) {
-  InChildProcess([] {
-    corvo_test::WriteFile(Path(), "Module Name=Recorder\n");
+  InChildProcess([](const std::string& path) {
+    corvo_test::WriteFile(path, "Module Name=Recorder\n");
     InitDebug(nullptr, " a name too long", nullptr);
-    EXPECT_EQ(corvo_test::ReadFile(Path()), Entries("a name t"));
     InitDebug(nullptr, "second", nullptr);
-    WriteDebugSettings();
-    EXPECT_EQ(corvo_test::ReadFile(Path()), Entries("a name t"));
-  });
-}
-
-TEST(TraceStart, UnconditionalLinesDoNotStartIt) {
-  InChildProcess([] {
-    SetDebugHooks(nullptr, [](char const* line, unsigned) {
-      ++g_lines;
-      EXPECT_NE(std::string(line).find("  (00,?) "), std::string::npos) << "no module name yet";
-    });
-    _DebugA("text");
-    EXPECT_EQ(g_lines, 1);
-    EXPECT_FALSE(corvo_test::Exists(Path()));
+    EXPECT_EQ(corvo_test::ReadFile(path), Entries("a name t"));
   });
 }
 
 TEST(TraceStart, DeInitIsFinal) {
-  InChildProcess([] {
-    corvo_test::WriteFile(Path(), "Filter Level=7\n");
+  InChildProcess([](const std::string& path) {
+    corvo_test::WriteFile(path, "Filter Level=7\n");
     EXPECT_TRUE(IsDebugEnabled(0x00270007));
     IncreaseThreadIndentLevel();
     DeInitDebug();
     EXPECT_EQ(GetThreadIndentLevel(), 0U);
-    corvo_test::WriteFile(Path(), "Filter Level=9\n");
-    std::filesystem::last_write_time(
-        Path(), std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    corvo_test::WriteFile(path, "Filter Level=9\n");
+    namespace fs = std::filesystem;
+    fs::last_write_time(path, fs::file_time_type::clock::now() - std::chrono::hours(1));
     InitDebug(nullptr, nullptr, nullptr);
     for (int call = 0; call < 2; ++call) EXPECT_TRUE(IsDebugEnabled(0x00270007));
     EXPECT_FALSE(IsDebugEnabled(0x00270008));
-    EXPECT_EQ(corvo_test::ReadFile(Path()), "Filter Level=9\n");
+    EXPECT_EQ(corvo_test::ReadFile(path), "Filter Level=9\n");
   });
 }

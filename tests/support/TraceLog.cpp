@@ -37,7 +37,7 @@ TraceLine Parse(const std::string& line) {
 TraceLog::TraceLog() {
   Clear();
   InitDebug(nullptr, nullptr, nullptr);  // before the level: it enables every ID
-  SetDebugFilterLevel(static_cast<DebugFilterLevel>(9));
+  SetDebugFilterLevel(DFL_EVERYTHING);
   SetDebugHooks(nullptr, Record);
 }
 
