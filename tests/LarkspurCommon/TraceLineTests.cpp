@@ -275,10 +275,10 @@ TEST_F(Trace, FunctionsNest) {
     DebugA(0x00270001, "still inside");
     SetDebugFilterLevel(DFL_EVERYTHING);
   }
-  { const CDebugTraceFn percent(kId, "operator%", "%d", 12); }
+  { const CDebugTraceFn percent(kId, "mod%d", "%d", 12); }
   EXPECT_EQ(TakeTexts(), (Lines{"> Open(name=a.wav)", "  inside", "  > Read\xC3(1, x)",
                                 "another thread", "      deep", "  < Read\xC3()", "  still inside",
-                                "< Open()", "> operator%(12)", "< operator%()"}));
+                                "< Open()", "> mod%d(12)", "< mod%d()"}));
 }
 
 TEST_F(Trace, EnterTemplateIsCutAt255) {

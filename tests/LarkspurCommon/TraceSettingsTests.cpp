@@ -134,12 +134,12 @@ TEST_F(TraceSettings, EditCountsAfterThreeSeconds) {
   g_milliseconds += 3000;
   EXPECT_FALSE(IsDebugEnabled(0x00270008));
   g_milliseconds += 1;
-  errno = EBUSY;
   EXPECT_TRUE(IsDebugEnabled(0x00270008));
-  EXPECT_EQ(errno, EBUSY) << "callers trace before they look at it";
   std::remove(Path().c_str());
   g_milliseconds += 3001;
+  errno = EBUSY;
   EXPECT_TRUE(IsDebugEnabled(0x00270008)) << "no file changes nothing";
+  EXPECT_EQ(errno, EBUSY) << "callers trace before they look at it";
 }
 
 TEST_F(TraceSettings, LevelsOfferedToCallers) {

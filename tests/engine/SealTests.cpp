@@ -20,7 +20,8 @@ class SealTest : public EngineTest {
  protected:
   std::string Digest() const {
     std::string hex;
-    for (const unsigned char byte : Recorded().substr(302, 20)) {
+    for (const char ch : Recorded().substr(302, 20)) {
+      const auto byte = static_cast<unsigned char>(ch);
       hex += "0123456789abcdef"[byte >> 4];
       hex += "0123456789abcdef"[byte & 15];
     }
@@ -181,7 +182,7 @@ TEST_F(SealTest, WithoutATemporaryFileNothingIsDone) {
 
 TEST_F(SealTest, CopyWorksTenMillisecondsAndSleepsFifty) {
   const While standing(g_clockStep, 0);
-  for (const unsigned long age : {9, 10}) {
+  for (const unsigned long age : {9ul, 10ul}) {
     const int before = g_sleeps;
     unsigned long timer = os_clock() - age;
     VerifyRecording().GiveUpTimeSlice(timer);
