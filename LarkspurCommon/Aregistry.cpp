@@ -11,7 +11,7 @@ VMRegistry* VMRegistry::global() {
 }
 
 tstring VMRegistry::TempDirectory() const {
-  const tstring directory = GetFullPathRelativeToCorvoPath("tempfiles", nullptr);
+  tstring directory = GetFullPathRelativeToCorvoPath("tempfiles", nullptr);
   if (!TFileHandler::FileExists(directory.c_str())) {
     TFileHandler::CreateDirectory(directory.c_str());
   }

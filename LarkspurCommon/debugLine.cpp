@@ -34,6 +34,7 @@ Char* PutNumber(Char* out, unsigned long value) {
   constexpr unsigned long long kLimit = Power(kBase, kWidth);
   int digits = kWidth;
   if (value >= kLimit) {
+    // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): the limit is a power, never 0
     for (unsigned long long above = value / kLimit; above != 0; above /= kBase) ++digits;
   }
   for (Char* at = out + digits; at != out; value /= kBase) {

@@ -14,7 +14,7 @@ namespace {
 
 constexpr UWORD kCodecGsm = 16;
 constexpr unsigned long long kUnitsPerSecond = 10'000'000;  // times come in 100 ns
-constexpr unsigned long kMostMissingAudio = 16 * 1024 * 1024;
+constexpr unsigned long kMostMissingAudio = 16UL * 1024 * 1024;
 constexpr unsigned long kMostAudio = 0x7FFFFFFF - kSealedHeaderSize;  // files stay below 2 GiB
 
 // Removes the temporary file on every way out on which it was not handed on.
