@@ -249,6 +249,14 @@ inline tstring operator+(std::string&& left, tstring const& right) {
   return static_cast<std::string const&>(left) + right;
 }
 
+// The text, not the pointer's digits, where only the non-const overloads above would match.
+inline tstring operator+(tstring const& left, unsigned char const* right) {
+  return tstring(left) += right;
+}
+inline tstring operator+(unsigned char const* left, tstring const& right) {
+  return tstring(left) += right;
+}
+
 // By bytes, as Compare orders them: up to the first NUL.
 CORVO_API bool operator<(tstring const& left, tstring const& right);
 CORVO_API bool operator>(char const* left, tstring const& right);
@@ -265,6 +273,18 @@ inline bool operator<(tstring const& left, char const* right) {
 }
 inline bool operator<(char const* left, tstring const& right) {
   return right.Compare(left) > 0;
+}
+inline bool operator>(tstring const& left, std::string const& right) {
+  return left.Compare(right.c_str()) > 0;
+}
+inline bool operator>(std::string const& left, tstring const& right) {
+  return right.Compare(left.c_str()) < 0;
+}
+inline bool operator<(tstring const& left, std::string const& right) {
+  return left.Compare(right.c_str()) < 0;
+}
+inline bool operator<(std::string const& left, tstring const& right) {
+  return right.Compare(left.c_str()) > 0;
 }
 
 // The lower-case hex digit for 0 to 15.

@@ -174,6 +174,10 @@ TEST(Tstring, NullPointersAreReportedAndEmpty) {
 TEST(Tstring, Comparisons) {
   const tstring a("a"), b("b"), high("\xE9"), nul("a\0z", 3);
   EXPECT_TRUE(a < b && b > a && a < "b" && b > "a" && "a" < b && "b" > a);
+  const std::string plain("b");
+  EXPECT_TRUE(a < plain && plain > a && high > plain && plain < high);
+  unsigned char const* const bytes = reinterpret_cast<unsigned char const*>("xy");
+  EXPECT_EQ(a + bytes + (bytes + a), "axyxya");
   EXPECT_FALSE(b < a || a > b || b < "a" || a > "b" || "b" < a || "a" > b);
   EXPECT_TRUE(b < high && a == "a" && "a" == a && a != b && a == std::string("a"));
   EXPECT_FALSE(a < nul || nul < a || "a" > nul);
