@@ -20,7 +20,7 @@ tstring VMRegistry::TempDirectory() const {
 
 tstring VMRegistry::DBDirectory() const {
   tstring directory = GetFullPathRelativeToCorvoPath(nullptr, nullptr);
-  directory.pop_back();  // its final separator
+  if (directory.size() > 1) directory.pop_back();  // its final separator
   return directory;
 }
 

@@ -5,9 +5,9 @@
 
 #include <cxxabi.h>
 
-#include "LarkspurCommon/HoldCancellation.h"
 #include "LarkspurCommon/XTTime.h"
 #include "LarkspurCommon/debug.h"
+#include "platform/HoldCancellation.h"
 #include "platform/HostServices.h"
 #include "platform/Win32Compat.h"
 

@@ -9,8 +9,8 @@
 #include "LarkspurCommon/FileHandler.h"
 #include "LarkspurCommon/FileHandlerBoundary.h"
 #include "LarkspurCommon/FileLayerSettings.h"
-#include "LarkspurCommon/HoldCancellation.h"
 #include "LarkspurCommon/Immortal.h"
+#include "platform/HoldCancellation.h"
 #include "platform/HostServices.h"
 #include "platform/Win32Compat.h"
 
@@ -52,6 +52,7 @@ using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
 Stream OpenForAppending(const tstring& path) {
   char onDisk[MAX_PATH];
+  if (path.size() >= sizeof onDisk) return nullptr;
   std::FILE* stream = nullptr;
   if (fopen_s(&stream, DosToUnixFileName(onDisk, path.c_str()), "a") != 0) return nullptr;
   return Stream(stream);

@@ -14,7 +14,7 @@
 #include "LarkspurCommon/FileHandlerPaths.h"
 #include "LarkspurCommon/FileHandlerSystem.h"
 #include "LarkspurCommon/FileLayerSettings.h"
-#include "LarkspurCommon/HoldCancellation.h"
+#include "platform/HoldCancellation.h"
 #include "platform/Win32Compat.h"
 
 using namespace file_layer;
@@ -55,7 +55,8 @@ tstring CreateMissingDirectory(const tstring& directory) {
 // Undoes CreateMissingDirectory: only the server's own directories are removed.
 void RemoveCreatedDirectory(const tstring& directory) {
   const tstring database = FileLayerDatabaseDirectory();
-  if (::strncasecmp(directory.c_str(), database.c_str(), database.size()) == 0) {
+  if (!database.empty() &&
+      ::strncasecmp(directory.c_str(), database.c_str(), database.size()) == 0) {
     TFileHandler::Delete(directory.c_str(), true);
     return;
   }
@@ -181,6 +182,7 @@ bool TFileHandler::Reopen() {
 
 // False with errno set.
 bool TFileHandler::OpenDescriptor(const tstring& path, int flags, bool truncate) {
+  tstring opened = path;  // taken over once all has worked, and then without failing
   ::umask(kCreationMask);
   if (flags == kNoSuchMode) return false;
   m_descriptor =
@@ -192,7 +194,7 @@ bool TFileHandler::OpenDescriptor(const tstring& path, int flags, bool truncate)
     errno = error;
     return false;
   }
-  m_path = path;
+  m_path.swap(opened);
   m_endOfFile = false;
   if (m_openMode != OFM_WRITE && !m_cache) m_cache.reset(new (std::nothrow) char[kCacheSize]);
   return true;

@@ -10,7 +10,7 @@
 #include "LarkspurCommon/FileHandlerBoundary.h"
 #include "LarkspurCommon/FileHandlerPaths.h"
 #include "LarkspurCommon/FileHandlerSystem.h"
-#include "LarkspurCommon/HoldCancellation.h"
+#include "platform/HoldCancellation.h"
 
 using namespace file_layer;
 

@@ -2,6 +2,8 @@
 
 #include "LarkspurCommon/FileHandlerPaths.h"
 
+#include <cstring>
+
 #include "LarkspurCommon/FileHandler.h"
 #include "platform/Win32Compat.h"
 
@@ -27,8 +29,11 @@ tstring PathParts::Name() const {
   return tstring::FromFormat("%s%s", m_name, m_extension);
 }
 
+// The host's lookup is never given what may not fit its buffer.
 FoundPath::FoundPath(const char* path)
-    : m_text(), m_exists(!IsEmpty(path) && FindFileIgnoreCase(m_text, path, true)) {
+    : m_text(),
+      m_exists(!IsEmpty(path) && std::strlen(path) < sizeof m_text &&
+               FindFileIgnoreCase(m_text, path, true)) {
 }
 
 tstring ResolveBareName(const char* path) {

@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "LarkspurCommon/HoldCancellation.h"
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugState.h"
+#include "platform/HoldCancellation.h"
 
 namespace {
 

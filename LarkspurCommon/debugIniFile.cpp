@@ -14,10 +14,10 @@
 #include <string>
 #include <string_view>
 
-#include "LarkspurCommon/HoldCancellation.h"
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugState.h"
 #include "LarkspurCommon/tstring.h"
+#include "platform/HoldCancellation.h"
 #include "platform/HostServices.h"
 #include "platform/Win32Compat.h"
 

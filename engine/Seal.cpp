@@ -4,10 +4,10 @@
 
 #include <cstring>
 
-#include "LarkspurCommon/HoldCancellation.h"
 #include "engine/CorvoVerifiedRecording.h"
 #include "engine/Operation.h"
 #include "engine/SealedCopy.h"
+#include "platform/HoldCancellation.h"
 #include "platform/Win32Compat.h"
 
 namespace {

@@ -5,7 +5,6 @@
 
 #include <errno.h>
 #include <fcntl.h>
-#include <pthread.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,6 +12,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/HoldCancellation.h"
 #include "platform/PathLookup.h"
 #include "platform/Rename.h"
 #include "platform/Win32Compat.h"
@@ -36,10 +36,8 @@ class Descriptor {
   explicit Descriptor(int fd) : m_fd(fd) {}
   ~Descriptor() {
     const int reason = errno;
-    int cancelState;  // close would let a cancellation out of the destructor
-    ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState);
+    const HoldCancellation hold;
     Close();
-    ::pthread_setcancelstate(cancelState, nullptr);
     errno = reason;
   }
   Descriptor(const Descriptor&) = delete;
