@@ -3,8 +3,7 @@
 
 #include "LarkspurCommon/CritSect.h"
 
-#include <cxxabi.h>
-
+#include "LarkspurCommon/Contain.h"
 #include "LarkspurCommon/XTTime.h"
 #include "LarkspurCommon/debug.h"
 #include "platform/HoldCancellation.h"
@@ -31,13 +30,7 @@ void InitRecursiveMutex(pthread_mutex_t* mutex) {
 // Runs a call of the host's services: what one throws is reported, and the lock goes on.
 template <class Body>
 void Guarded(char const* function, int line, Body body) {
-  try {
-    body();
-  } catch (abi::__forced_unwind&) {
-    throw;
-  } catch (...) {
-    DebugTraceException(kSource, function, line);
-  }
+  Contain(body, [&] { DebugTraceException(kSource, function, line); });
 }
 
 DWORD Now() {

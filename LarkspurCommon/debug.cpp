@@ -2,6 +2,7 @@
 
 #include "LarkspurCommon/debug.h"
 
+#include "LarkspurCommon/FlagScope.h"
 #include "LarkspurCommon/debugState.h"
 
 std::atomic<NarrowHook> s_lpfndbgAHook{nullptr};
@@ -20,23 +21,10 @@ char const* Printable(char const* text) {
 
 // A handler that traces may meet the same exception again: that isn't reported to it once more.
 void CallHandler(TraceHandler handler, char const* file, char const* function, int line) {
-  class Telling {
-   public:
-    explicit Telling(bool& flag) : m_flag(flag) { m_flag = true; }
-    ~Telling() { m_flag = false; }
-
-   private:
-    bool& m_flag;
-  };
   static thread_local bool t_telling = false;
   if (t_telling) return;
-  const Telling telling(t_telling);
-  try {
-    handler(file, function, line);
-  } catch (abi::__forced_unwind&) {
-    throw;
-  } catch (...) {  // it was the last to be told
-  }
+  const FlagScope telling(t_telling);
+  Contain([&] { handler(file, function, line); });
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 // The filter: which trace identifiers are wanted, and when the settings are looked at again.
 
-#include <cxxabi.h>
-
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugState.h"
 
@@ -26,6 +24,14 @@ bool ClaimReread() {
   return dwLastUpdateTime.compare_exchange_strong(last, now, std::memory_order_relaxed);
 }
 
+void LookAtSettings() {
+  if (!s_bInitialised.load(std::memory_order_acquire)) {
+    InitDebug(nullptr, nullptr, nullptr);
+  } else if (ClaimReread()) {
+    RereadDebugSettings();
+  }
+}
+
 bool PassesFilter(DWORD id) {
   const WORD filterLevel = s_wDebugLevel.load(std::memory_order_relaxed);
   if (filterLevel == 0) return false;
@@ -41,16 +47,7 @@ bool PassesFilter(DWORD id) {
 
 bool IsDebugEnabled(DWORD id) {
   const KeepErrno keep;
-  try {
-    if (!s_bInitialised.load(std::memory_order_acquire)) {
-      InitDebug(nullptr, nullptr, nullptr);
-    } else if (ClaimReread()) {
-      RereadDebugSettings();
-    }
-  } catch (abi::__forced_unwind&) {
-    throw;
-  } catch (...) {
-    return false;
-  }
-  return PassesFilter(id);
+  bool looked = true;
+  Contain(LookAtSettings, [&] { looked = false; });
+  return looked && PassesFilter(id);
 }

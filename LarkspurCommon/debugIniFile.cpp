@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include "LarkspurCommon/FlagScope.h"
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugState.h"
 #include "LarkspurCommon/tstring.h"
@@ -84,11 +85,7 @@ bool ReadLines(Entries& entries) {
 // Leaves the entries as they are when the file can't be read: the next look tries again, and until
 // then nothing is written over it, however the reading ended.
 void LoadEntries() {
-  class BeingRead {
-   public:
-    BeingRead() { bIniFileBeingRead = true; }
-    ~BeingRead() { bIniFileBeingRead = false; }
-  } const scope;
+  const FlagScope reading(bIniFileBeingRead);
   Entries entries;
   if (bIniFileExists && !ReadLines(entries)) return;
   piniData->swap(entries);

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cwchar>
 
+#include "LarkspurCommon/FlagScope.h"
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugState.h"
 #include "platform/HostServices.h"
@@ -75,17 +76,9 @@ void RememberIds(ThreadState& state) {
 
 // A host's GetLocalTime may trace: those lines show no time instead of asking for it again.
 SYSTEMTIME LocalTime(ThreadState& state) {
-  class Asking {
-   public:
-    explicit Asking(bool& flag) : m_flag(flag) { m_flag = true; }
-    ~Asking() { m_flag = false; }
-
-   private:
-    bool& m_flag;
-  };
   SYSTEMTIME now{};
   if (state.inGetLocalTime) return now;
-  const Asking asking(state.inGetLocalTime);
+  const FlagScope asking(state.inGetLocalTime);
   GetLocalTime(&now);
   return now;
 }

@@ -1,6 +1,5 @@
 // The filter's settings, the start of the trace module and its end.
 
-#include <cxxabi.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -131,25 +130,17 @@ void InitDebug(void* moduleHandle, char const* moduleName, char const*) {
   // Another thread was first, or this one traces from inside.
   if (s_bInitialised.load() || s_bDeInitCalled.load() || Initialisation::IsRunning()) return;
   const Initialisation running;
-  try {
-    Start(moduleHandle, moduleName);
-  } catch (abi::__forced_unwind&) {
-    throw;
-  } catch (...) {  // tracing goes on with what was reached
-  }
+  Contain([&] { Start(moduleHandle, moduleName); });  // tracing goes on with what was reached
 }
 
 void DeInitDebug() {
-  try {
+  Contain([] {
     const DebugLockHelper lock(*s_DebugLock);
     DeleteIndentKey();
     UnloadIniFile();
     s_bInitialised.store(false);
     s_bDeInitCalled.store(true);
-  } catch (abi::__forced_unwind&) {
-    throw;
-  } catch (...) {
-  }
+  });
 }
 
 DebugFilterLevel GetDebugFilterLevel() {

@@ -1,12 +1,11 @@
 #ifndef LARKSPURCOMMON_DEBUGSTATE_H
 #define LARKSPURCOMMON_DEBUGSTATE_H
 
-#include <cxxabi.h>
-
 #include <array>
 #include <atomic>
 #include <cerrno>
 
+#include "LarkspurCommon/Contain.h"
 #include "platform/Win32Types.h"
 
 // What the trace module's sources share. Trace calls read all of it without a lock.
@@ -61,13 +60,7 @@ void ReportCaught(char const* function, int line);
 // Runs `body`; what it throws goes to the host's exception handler and no further.
 template <class Body>
 void RunGuarded(char const* function, int line, Body body) {
-  try {
-    body();
-  } catch (abi::__forced_unwind&) {
-    throw;  // a cancelled thread goes on unwinding
-  } catch (...) {
-    ReportCaught(function, line);
-  }
+  Contain(body, [&] { ReportCaught(function, line); });
 }
 
 #endif
