@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <cwchar>
+#include <iterator>
 #include <string>
 
 #include "LarkspurCommon/debug.h"
@@ -25,6 +26,12 @@ constexpr char kBitmapKey[] = "ID Bitmap";
 constexpr char kNameKey[] = "Module Name";
 constexpr WORD kHighestLevel = 9;
 constexpr WORD kReleaseLevel = 1;  // of an installed release whose file sets none
+
+// What callers are told, for each level.
+constexpr DebugFilterLevel kOfferedLevels[] = {
+    DFL_OFF,      DFL_ESSENTIAL, DFL_ERRORS,   DFL_NOTICES,  DFL_NOTICES,
+    DFL_REQUESTS, DFL_REQUESTS,  DFL_REQUESTS, DFL_REQUESTS, DFL_EVERYTHING};
+static_assert(std::size(kOfferedLevels) == kHighestLevel + 1);
 
 bool IsRelease() {
   char const* marker = CorvoReleaseMarker();
@@ -145,24 +152,8 @@ void DeInitDebug() {
 
 DebugFilterLevel GetDebugFilterLevel() {
   RunGuarded("DebugFilterLevel GetDebugFilterLevel()", __LINE__, [] { ReadDebugSettings(); });
-  switch (s_wDebugLevel.load(std::memory_order_relaxed)) {
-    case 1:
-      return DFL_ESSENTIAL;
-    case 2:
-      return DFL_ERRORS;
-    case 3:
-    case 4:
-      return DFL_NOTICES;
-    case 5:
-    case 6:
-    case 7:
-    case 8:
-      return DFL_REQUESTS;
-    case 9:
-      return DFL_EVERYTHING;
-    default:
-      return DFL_OFF;
-  }
+  const WORD level = s_wDebugLevel.load(std::memory_order_relaxed);
+  return level <= kHighestLevel ? kOfferedLevels[level] : DFL_OFF;
 }
 
 void SetDebugFilterLevel(DebugFilterLevel level) {
