@@ -1,9 +1,6 @@
 // Each thread's indentation, and the scoped objects that raise it.
 
-#include <pthread.h>
-
 #include <cstddef>
-#include <cstdint>
 
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugState.h"
@@ -14,40 +11,20 @@ namespace {
 constexpr DWORD kIndentStep = 2;
 constexpr DWORD kMaxIndent = 0xFFFFFFFF;
 
-// The thread-specific value is the indentation itself. 0: no key.
-std::atomic<pthread_key_t> s_dwIndentTlsIndex{0};
+// A thread's indentation counts while its era is the process's, so one thread can restart all.
+// Deleting a thread-specific-data key would do that too, but a thread that has just looked the key
+// up would write through it into whoever was given it next.
+struct ThreadIndent {
+  DWORD era;
+  DWORD spaces;
+};
+thread_local ThreadIndent t_indent;
+std::atomic<DWORD> s_indentEra{0};
 
-DWORD Indent(pthread_key_t key) {
-  return static_cast<DWORD>(reinterpret_cast<std::uintptr_t>(pthread_getspecific(key)));
-}
-
-void SetIndent(pthread_key_t key, DWORD indent) {
-  pthread_setspecific(key, reinterpret_cast<void*>(std::uintptr_t{indent}));
-}
-
-// A key other than 0, which here means that there is none. 0: no more keys.
-pthread_key_t CreateNonZeroKey() {
-  pthread_key_t key = 0;
-  if (pthread_key_create(&key, nullptr) != 0) return 0;
-  if (key != 0) return key;
-  pthread_key_t another = 0;
-  if (pthread_key_create(&another, nullptr) != 0) another = 0;
-  pthread_key_delete(key);
-  return another;
-}
-
-// The key of the process, created if need be. 0: no more keys.
-pthread_key_t IndentKey() {
-  pthread_key_t current = s_dwIndentTlsIndex.load();
-  if (current != 0) return current;
-  const pthread_key_t created = CreateNonZeroKey();
-  if (created == 0 || s_dwIndentTlsIndex.compare_exchange_strong(current, created)) return created;
-  pthread_key_delete(created);  // another thread was first
-  return current;
-}
-
-void DeleteKey(pthread_key_t key) {
-  if (s_dwIndentTlsIndex.compare_exchange_strong(key, 0)) pthread_key_delete(key);
+DWORD& Indent() {
+  const DWORD era = s_indentEra.load(std::memory_order_relaxed);
+  if (t_indent.era != era) t_indent = {era, 0};
+  return t_indent.spaces;
 }
 
 // "> function(format)", cut at 255 characters, with no conversion but the caller's.
@@ -90,31 +67,25 @@ class EnterTemplate {
 }  // namespace
 
 unsigned int GetThreadIndentLevel() {
-  const pthread_key_t key = s_dwIndentTlsIndex.load();
-  return key == 0 ? 0 : Indent(key);
+  return Indent();
 }
 
 void IncreaseThreadIndentLevel() {
-  const pthread_key_t key = IndentKey();
-  if (key == 0) return;
-  const DWORD indent = Indent(key);
-  SetIndent(key, indent < kMaxIndent - kIndentStep ? indent + kIndentStep : kMaxIndent);
+  DWORD& indent = Indent();
+  indent = indent < kMaxIndent - kIndentStep ? indent + kIndentStep : kMaxIndent;
 }
 
 void DecreaseThreadIndentLevel() {
-  const pthread_key_t key = s_dwIndentTlsIndex.load();
-  if (key == 0) return;
-  const DWORD indent = Indent(key);
+  DWORD& indent = Indent();
   if (indent < kIndentStep) {
-    DeleteKey(key);
+    RestartIndentation();
   } else {
-    SetIndent(key, indent - kIndentStep);
+    indent -= kIndentStep;
   }
 }
 
-void DeleteIndentKey() {
-  const pthread_key_t key = s_dwIndentTlsIndex.load();
-  if (key != 0) DeleteKey(key);
+void RestartIndentation() {
+  s_indentEra.fetch_add(1, std::memory_order_relaxed);
 }
 
 CDebugIndentOutput::CDebugIndentOutput() {

@@ -143,7 +143,7 @@ void InitDebug(void* moduleHandle, char const* moduleName, char const*) {
 void DeInitDebug() {
   Contain([] {
     const DebugLockHelper lock(*s_DebugLock);
-    DeleteIndentKey();
+    RestartIndentation();
     UnloadIniFile();
     s_bInitialised.store(false);
     s_bDeInitCalled.store(true);

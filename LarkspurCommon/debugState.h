@@ -39,8 +39,8 @@ bool IsInTraceSettings();
 // ReadDebugSettings, unless the module has been stopped.
 void RereadDebugSettings();
 
-// Ends the indentation of every thread.
-void DeleteIndentKey();
+// Every thread indents from 0 again.
+void RestartIndentation();
 
 // Callers trace between a failing call and their look at errno, and may print it with %m.
 class KeepErrno {

@@ -1,7 +1,6 @@
 // Trace lines: their text to the last character, where they are cut, who gets them, and what
 // function tracing and dumps write.
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/syscall.h>
@@ -29,7 +28,6 @@ constexpr SYSTEMTIME kEvening{2023, 11, 4, 16, 17, 58, 18, 123};
 constexpr DWORD kId = 0x00270002;
 SYSTEMTIME g_now;
 bool g_traceInGetLocalTime;
-bool g_handOutKeyZero;
 Lines g_lines;  // from hooks, console and exception handler
 
 void Narrow(char const* line, unsigned length) {
@@ -101,25 +99,6 @@ void ConsolePrint(unsigned long mask, const char* format, ...) {
   va_start(args, format);
   g_lines.push_back(std::string("console: ") + va_arg(args, char const*));
   va_end(args);
-}
-
-// As on a system whose first key is 0. The thread sanitizer calls it before it is ready itself.
-extern "C" int __pthread_key_create(pthread_key_t* key, void (*destructor)(void*));  // glibc's own
-
-extern "C" __attribute__((no_sanitize("thread"))) int pthread_key_create(
-    pthread_key_t* key, void (*destructor)(void*)) noexcept {
-  if (!g_handOutKeyZero) return __pthread_key_create(key, destructor);
-  g_handOutKeyZero = false;
-  *key = 0;
-  return 0;
-}
-
-extern "C" int pthread_key_delete(pthread_key_t key) noexcept {
-  const auto real =
-      reinterpret_cast<decltype(&pthread_key_delete)>(dlsym(RTLD_NEXT, "pthread_key_delete"));
-  if (key != 0) return real(key);
-  g_lines.push_back("key 0 put back");
-  return 0;
 }
 
 TEST_F(Trace, LineIsLiteral) {
@@ -293,15 +272,6 @@ TEST_F(Trace, UnbalancedDecreaseRestartsEveryThread) {
   EXPECT_EQ(GetThreadIndentLevel(), 4U);
   std::thread(DecreaseThreadIndentLevel).join();
   EXPECT_EQ(GetThreadIndentLevel(), 0U);
-}
-
-TEST_F(Trace, KeyZeroMeansNoKey) {
-  DecreaseThreadIndentLevel();  // no key left
-  g_handOutKeyZero = true;
-  IncreaseThreadIndentLevel();
-  EXPECT_EQ(GetThreadIndentLevel(), 2U);
-  EXPECT_EQ(Take(), Lines{"key 0 put back"});
-  DecreaseThreadIndentLevel();
 }
 
 TEST_F(Trace, DumpShapes) {
