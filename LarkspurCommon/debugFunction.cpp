@@ -1,6 +1,8 @@
 // Each thread's indentation, and the scoped objects that raise it.
 
+#include <algorithm>
 #include <cstddef>
+#include <string_view>
 
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugState.h"
@@ -27,7 +29,23 @@ DWORD& Indent() {
   return t_indent.spaces;
 }
 
-// "> function(format)", cut at 255 characters, with no conversion but the caller's.
+// The characters between a conversion's % and the letter that ends it.
+template <class Char>
+bool IsModifier(Char character) {
+  constexpr std::string_view kModifiers = " #'*+-.$0123456789ILhjlqtz";
+  return std::find(kModifiers.begin(), kModifiers.end(), character) != kModifiers.end();
+}
+
+// A format's next character or, where there is one, its next conversion.
+template <class Char>
+std::size_t PieceLength(Char const* format) {
+  std::size_t length = 1;
+  if (*format != '%') return length;
+  while (IsModifier(format[length])) ++length;
+  return format[length] == 0 ? length : length + 1;
+}
+
+// "> function(format)", cut at 255 characters, with no conversion but the caller's whole ones.
 template <class Char>
 class EnterTemplate {
  public:
@@ -36,8 +54,7 @@ class EnterTemplate {
     Put(' ');
     if (function != nullptr) PutName(function);
     Put('(');
-    for (; format != nullptr && *format != 0; ++format) Put(*format);
-    Put(')');
+    if (format == nullptr || PutFormat(format)) Put(')');
     m_text[m_length] = 0;
   }
   Char const* Text() const { return m_text; }
@@ -58,6 +75,18 @@ class EnterTemplate {
       }
       Put(static_cast<Char>(static_cast<unsigned char>(*name)));
     }
+  }
+
+  // False: not all of it had room.
+  bool PutFormat(Char const* format) {
+    while (*format != 0) {
+      const std::size_t length = PieceLength(format);
+      if (m_length + length > kMaxLength) return false;
+      std::copy_n(format, length, m_text + m_length);
+      m_length += length;
+      format += length;
+    }
+    return true;
   }
 
   Char m_text[kMaxLength + 1];

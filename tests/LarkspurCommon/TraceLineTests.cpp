@@ -260,10 +260,20 @@ TEST_F(Trace, FunctionsNest) {
                                 "< Open()", "> mod%d(12)", "< mod%d()"}));
 }
 
-TEST_F(Trace, EnterTemplateIsCutAt255) {
-  const std::string name(250, 'n');
-  { const CDebugTraceFn trace(kId, name.c_str(), "%df", 12345); }
-  EXPECT_EQ(TakeTexts(), (Lines{"> " + name + "(12345", "< " + name + "()"}));
+TEST_F(Trace, EnterTemplateIsCutAt255BetweenConversions) {
+  const struct {
+    std::size_t nameLength;
+    std::string narrow, wide;  // what is left of "%+*.2lld|)" and "%d)"
+  } kRows[] = {{242, "  +12|)", "12)"}, {243, "  +12|", "12)"}, {244, "  +12", "12)"},
+               {245, "", "12)"},        {250, "", "12"},        {251, "", ""}};
+  for (const auto& row : kRows) {
+    const std::string name(row.nameLength, 'n');
+    { const CDebugTraceFn trace(kId, name.c_str(), "%+*.2lld|", 5, 12LL); }
+    { const CDebugTraceFn trace(kId, name.c_str(), L"%d", 12); }
+    const std::string enter = "> " + name + "(";
+    const std::string leave = "< " + name + "()";
+    EXPECT_EQ(TakeTexts(), (Lines{enter + row.narrow, leave, enter + row.wide, leave}));
+  }
 }
 
 TEST_F(Trace, UnbalancedDecreaseRestartsEveryThread) {
