@@ -166,6 +166,13 @@ bool DebugLock::Lock() {
   return true;
 }
 
+bool DebugLock::TryLock() {
+  const pthread_t self = pthread_self();
+  if (m_owner.load(kRelaxed) == self || pthread_mutex_trylock(&m_mutex) != 0) return false;
+  m_owner.store(self, kRelaxed);
+  return true;
+}
+
 bool DebugLock::Unlock() {
   const pthread_t self = pthread_self();
   const pthread_t owner = m_owner.load(kRelaxed);
@@ -177,10 +184,6 @@ bool DebugLock::Unlock() {
   m_owner.store(0, kRelaxed);
   pthread_mutex_unlock(&m_mutex);
   return true;
-}
-
-bool DebugLock::IsLockedByThread() const {
-  return m_owner.load(kRelaxed) == pthread_self();
 }
 
 DebugLockHelper::DebugLockHelper(DebugLock& lock) : m_locked(lock.Lock()), m_pLock(&lock) {

@@ -72,9 +72,9 @@ class CORVO_API DebugLock {
   DebugLock(const DebugLock&) = delete;
   DebugLock& operator=(const DebugLock&) = delete;
 
-  bool Lock();    // false: the caller owned it already
-  bool Unlock();  // false, with an unconditional trace line: the caller doesn't own it
-  bool IsLockedByThread() const;
+  bool Lock();     // false: the caller owned it already
+  bool TryLock();  // false: a thread owns it, be it the caller
+  bool Unlock();   // false, with an unconditional trace line: the caller doesn't own it
 
  private:
   std::atomic<pthread_t> m_owner;  // 0: free

@@ -10,7 +10,9 @@ class tstring;
 
 // The trace log. Every call may come from any thread and never throws (a thread's cancellation
 // does unwind through it). No lock is held while a line is built or handed out, so hooks and the
-// exception handler may call whatever they like, this module included.
+// exception handler may call whatever they like, this module included. But for a host's fopen_s
+// that traces: it opens the settings file while the settings are locked. No trace call waits for
+// that lock; other threads that read or change the settings do.
 //
 // A trace identifier is (ID number << 16) | level: IDs 0 to 127, levels 0 (always interesting) to
 // 9 (detail), 0xFFFF in either half meaning any. 0x0000FFFF is unconditional: a line with it is
@@ -119,7 +121,7 @@ enum DebugFilterLevel : unsigned int {
 
 // Starts the module, once: names it (null: after the module that `moduleHandle` stands for, or the
 // running program) and reads the settings file. The first trace call does this for a host that
-// doesn't. `extra` is ignored.
+// doesn't. Doesn't wait for a thread that is at it already. `extra` is ignored.
 CORVO_API void InitDebug(void* moduleHandle, char const* moduleName, char const* extra);
 
 // Stops it for good: trace calls go on with the filter as it is.

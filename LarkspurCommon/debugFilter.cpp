@@ -15,12 +15,12 @@ constexpr DWORD kAny = 0xFFFF;           // as an ID or as a level
 constexpr DWORD kLastId = 127;
 
 // Whether the calling thread is the one to look at the settings file now. The others go on with
-// the filter as it is, and so does a thread that traces from inside the settings.
+// the filter as it is.
 bool ClaimReread() {
   static std::atomic<DWORD> dwLastUpdateTime{0};
   const DWORD now = TraceClock();
   DWORD last = dwLastUpdateTime.load(std::memory_order_relaxed);
-  if (now - last <= kRereadInterval || IsInTraceSettings()) return false;
+  if (now - last <= kRereadInterval) return false;
   return dwLastUpdateTime.compare_exchange_strong(last, now, std::memory_order_relaxed);
 }
 

@@ -88,6 +88,7 @@ void LoadEntries() {
   const FlagScope reading(bIniFileBeingRead);
   Entries entries;
   if (bIniFileExists && !ReadLines(entries)) return;
+  if (piniData == nullptr) return;  // the host's fopen_s stopped the module
   piniData->swap(entries);
   bIniFileChanged = false;
   bIniFileLoaded = true;
@@ -95,7 +96,7 @@ void LoadEntries() {
 
 bool WriteLines() {
   File file = OpenIniFile("w");
-  if (file == nullptr) return false;
+  if (file == nullptr || piniData == nullptr) return false;
   for (const auto& [key, value] : *piniData) {
     std::fprintf(file.get(), "%s=%s\n", key.c_str(), value.c_str());
   }
@@ -104,10 +105,6 @@ bool WriteLines() {
 }
 
 }  // namespace
-
-bool IsInTraceSettings() {
-  return s_DebugLock->IsLockedByThread();
-}
 
 void UnloadIniFile() {
   const DebugLockHelper lock(*s_DebugLock);

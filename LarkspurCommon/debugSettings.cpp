@@ -8,8 +8,10 @@
 #include <cstdlib>
 #include <cwchar>
 #include <iterator>
+#include <mutex>
 #include <string>
 
+#include "LarkspurCommon/FlagScope.h"
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugIniFile.h"
 #include "LarkspurCommon/debugState.h"
@@ -32,6 +34,10 @@ constexpr DebugFilterLevel kOfferedLevels[] = {
     DFL_OFF,      DFL_ESSENTIAL, DFL_ERRORS,   DFL_NOTICES,  DFL_NOTICES,
     DFL_REQUESTS, DFL_REQUESTS,  DFL_REQUESTS, DFL_REQUESTS, DFL_EVERYTHING};
 static_assert(std::size(kOfferedLevels) == kHighestLevel + 1);
+
+// The bitmap is the file's, where that has one: until then there is nothing to write over it.
+// Guarded by s_DebugLock.
+bool s_bitmapIsRead = false;
 
 bool IsRelease() {
   char const* marker = CorvoReleaseMarker();
@@ -98,46 +104,66 @@ std::wstring Widen(tstring const& name) {
   return wide;
 }
 
+// Names the module and enables every ID, once, however many threads want to.
 void SetModuleName(tstring name) {
   name.LeftJustify(kModuleNameLength, ' ');
-  strncpy_s(s_szModuleNameA, sizeof s_szModuleNameA, name.c_str(), _TRUNCATE);
-  wcsncpy_s(s_szModuleNameW, kModuleNameLength + 1, Widen(name).c_str(), _TRUNCATE);
+  char narrow[kModuleNameLength + 1];
+  wchar_t wide[kModuleNameLength + 1];
+  strncpy_s(narrow, std::size(narrow), name.c_str(), _TRUNCATE);
+  wcsncpy_s(wide, std::size(wide), Widen(name).c_str(), _TRUNCATE);
+  static std::mutex s_naming;  // its owner runs nothing that could trace
+  const std::lock_guard<std::mutex> lock(s_naming);
+  if (s_moduleNamed.load()) return;
+  std::copy(std::begin(narrow), std::end(narrow), s_szModuleNameA);
+  std::copy(std::begin(wide), std::end(wide), s_szModuleNameW);
+  for (auto& byte : s_DebugIdBitmap) byte.store(0xFF, std::memory_order_relaxed);
   s_moduleNamed.store(true, std::memory_order_release);
 }
 
-void Start(void* module, char const* moduleName) {
-  SetModuleName(moduleName != nullptr ? tstring(moduleName) : FindModuleName(module));
-  for (auto& byte : s_DebugIdBitmap) byte.store(0xFF, std::memory_order_relaxed);
-  ReadDebugSettings();
-  WriteDebugSettings();
-}
-
-// The module counts as initialised at the end of this scope, however it is left.
-class Initialisation {
+// The settings, unless a thread is in them already, this one included. Trace calls take them so:
+// their owner may be in a host's fopen_s, which may trace, or wait for what the caller holds.
+class SettingsIfFree {
  public:
-  static bool IsRunning() { return s_running; }
-  Initialisation() { s_running = true; }
-  ~Initialisation() {
-    s_running = false;
-    s_bInitialised.store(!s_bDeInitCalled.load(), std::memory_order_release);
+  SettingsIfFree() : m_held(s_DebugLock->TryLock()) {}
+  ~SettingsIfFree() {
+    if (m_held) s_DebugLock->Unlock();
   }
-  Initialisation(const Initialisation&) = delete;
-  Initialisation& operator=(const Initialisation&) = delete;
+  SettingsIfFree(const SettingsIfFree&) = delete;
+  SettingsIfFree& operator=(const SettingsIfFree&) = delete;
+
+  bool AreHeld() const { return m_held; }
 
  private:
-  static bool s_running;  // guarded by s_DebugLock
+  const bool m_held;
 };
-bool Initialisation::s_running = false;
+
+bool IsStartedOrStopped() {
+  return s_bInitialised.load(std::memory_order_acquire) || s_bDeInitCalled.load();
+}
+
+// While another thread is in the settings this one goes on with the filter as it is.
+void Start() {
+  const SettingsIfFree settings;
+  if (!settings.AreHeld() || IsStartedOrStopped()) return;
+  ReadDebugSettings();
+  WriteDebugSettings();
+  s_bInitialised.store(true, std::memory_order_release);
+}
 
 }  // namespace
 
 void InitDebug(void* moduleHandle, char const* moduleName, char const*) {
-  if (s_bInitialised.load(std::memory_order_acquire) || s_bDeInitCalled.load()) return;
-  const DebugLockHelper lock(*s_DebugLock);
-  // Another thread was first, or this one traces from inside.
-  if (s_bInitialised.load() || s_bDeInitCalled.load() || Initialisation::IsRunning()) return;
-  const Initialisation running;
-  Contain([&] { Start(moduleHandle, moduleName); });  // tracing goes on with what was reached
+  static thread_local bool t_starting = false;
+  if (t_starting || IsStartedOrStopped()) return;
+  const FlagScope starting(t_starting);  // a host's GetModuleFileName may trace
+  Contain(
+      [&] {
+        if (!s_moduleNamed.load()) {
+          SetModuleName(moduleName != nullptr ? tstring(moduleName) : FindModuleName(moduleHandle));
+        }
+        Start();
+      },
+      [] { s_bInitialised.store(true, std::memory_order_release); });
 }
 
 void DeInitDebug() {
@@ -178,22 +204,24 @@ void SetDebugIdNames(unsigned int firstId, unsigned int count, char const* const
 }
 
 void RereadDebugSettings() {
-  const DebugLockHelper lock(*s_DebugLock);
-  if (s_bInitialised.load()) ReadDebugSettings();
+  const SettingsIfFree settings;
+  if (settings.AreHeld() && !s_bDeInitCalled.load()) ReadDebugSettings();
 }
 
 void ReadDebugSettings() {
   const DebugLockHelper lock(*s_DebugLock);
+  const bool named = s_moduleNamed.load();
   ReadIniFile();
   ReadFilterLevel();
   ReadIdBitmap();
+  s_bitmapIsRead = named;
 }
 
 void WriteDebugSettings() {
   const DebugLockHelper lock(*s_DebugLock);
   ReadIniFile();
   UpdateEntry(kLevelKey, unsigned{s_wDebugLevel.load(std::memory_order_relaxed)});
-  if (s_moduleNamed.load()) {  // before the start there is no name, and the bitmap isn't the file's
+  if (s_bitmapIsRead) {
     UpdateEntry(kNameKey, s_szModuleNameA);
     UpdateEntry(kBitmapKey, FormatIdBitmap());
   }

@@ -33,10 +33,7 @@ extern std::atomic<WideHook> s_lpfndbgWHook;
 // Wall-clock milliseconds, cut to 32 bits, in steps of a few milliseconds: cheap.
 DWORD TraceClock();
 
-// Whether the calling thread is in the middle of reading or changing the settings.
-bool IsInTraceSettings();
-
-// ReadDebugSettings, unless the module has been stopped.
+// ReadDebugSettings, unless the module has been stopped or a thread is in the settings already.
 void RereadDebugSettings();
 
 // Every thread indents from 0 again.
