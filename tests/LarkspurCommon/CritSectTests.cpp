@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
-#include <cstdio>
 #include <string>
 #include <thread>
 #include <vector>
@@ -31,16 +30,11 @@ void ExpectFree(CriticalSection& cs) {
   std::thread([&cs] { const LockCriticalSection guard(&cs, true, "other.cpp", 9); }).join();
 }
 
-std::string Report(const char* format, const void* lock, pthread_t owner) {
-  char text[300];
-  std::snprintf(text, sizeof text, format, lock, pthread_self(), owner);
-  return text;
-}
-
 constexpr char kUnlock[] =
     "CriticalSection::Unlock[release.cpp(2)](m_cs, %p, TID=%lx, owner=%lx, file=taken.cpp, "
     "line=1), The ";
-constexpr char kDebugUnlock[] = "DebugLock::Unlock(%p, TID=%lx, owner=%lx), The ";
+constexpr char kDebugUnlock[] =
+    "DebugLock::Unlock(%p, TID=%lx, owner=%lx), The thread does not own the Mutex.";
 
 }  // namespace
 
@@ -103,9 +97,9 @@ TEST(Locks, LongHoldsAreReported) {
     g_clock = row.released;
     EXPECT_TRUE(cs.Unlock("release.cpp", 2, nullptr, nullptr, row.check));
     CriticalSection::m_ignoreChecks = false;
-    const std::string text = Report(kUnlock, &cs, pthread_self()) +
-                             "CriticalSection object was locked for " + row.report +
-                             " which is too long.";
+    const std::string text =
+        tstring::FromFormat(kUnlock, static_cast<void*>(&cs), pthread_self(), pthread_self()) +
+        "CriticalSection object was locked for " + row.report + " which is too long.";
     EXPECT_EQ(log.Texts(3, '?'), row.report.empty() ? Texts{} : Texts{text});
   }
 }
@@ -122,8 +116,10 @@ TEST(Locks, ForeignReleaseChangesNothing) {
     EXPECT_FALSE(cs.Unlock("silent.cpp", 2, nullptr, nullptr, false));
     EXPECT_FALSE(cs.Unlock("release.cpp", 2, nullptr, nullptr, true));
     EXPECT_FALSE(debugLock.Unlock() || debugLock.TryLock());
-    reports = {Report(kUnlock, &cs, owner) + "thread does not own the Mutex.",
-               Report(kDebugUnlock, &debugLock, owner) + "thread does not own the Mutex."};
+    const pthread_t self = pthread_self();
+    reports = {tstring::FromFormat(kUnlock, static_cast<void*>(&cs), self, owner) +
+                   "thread does not own the Mutex.",
+               tstring::FromFormat(kDebugUnlock, static_cast<void*>(&debugLock), self, owner)};
   }).join();
   CriticalSection::m_ignoreChecks = false;
   EXPECT_EQ(log.Texts(2, '?'), Texts{reports[0]});
@@ -146,4 +142,19 @@ TEST(Locks, FailingHostServiceIsReportedAndTheLockFreed) {
   ExpectFree(cs);
   // No time for the hold's report; no time for the line about the foreign release, and no alarm.
   EXPECT_EQ(g_caught, (Texts{"CritSect", "debug", "CritSect"}));
+}
+
+TEST(Locks, ExcludeOtherThreads) {
+  CriticalSection cs(false, "m_cs", true);
+  int count = 0;
+  const auto add = [&] {
+    for (int call = 0; call < 100000; ++call) {
+      const LockCriticalSection guard(&cs, true, "thread.cpp", call);
+      ++count;
+    }
+  };
+  std::thread other(add);
+  add();
+  other.join();
+  EXPECT_EQ(count, 200000);
 }
