@@ -21,10 +21,12 @@ struct ThreadIndent {
   DWORD spaces;
 };
 thread_local ThreadIndent t_indent;
-std::atomic<DWORD> s_indentEra{0};
+
+// The era, in the place of such a key.
+std::atomic<DWORD> s_dwIndentTlsIndex{0};
 
 DWORD& Indent() {
-  const DWORD era = s_indentEra.load(std::memory_order_relaxed);
+  const DWORD era = s_dwIndentTlsIndex.load(std::memory_order_relaxed);
   if (t_indent.era != era) t_indent = {era, 0};
   return t_indent.spaces;
 }
@@ -114,7 +116,7 @@ void DecreaseThreadIndentLevel() {
 }
 
 void RestartIndentation() {
-  s_indentEra.fetch_add(1, std::memory_order_relaxed);
+  s_dwIndentTlsIndex.fetch_add(1, std::memory_order_relaxed);
 }
 
 CDebugIndentOutput::CDebugIndentOutput() {
