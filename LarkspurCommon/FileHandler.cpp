@@ -15,6 +15,7 @@
 #include "LarkspurCommon/FileHandlerSystem.h"
 #include "LarkspurCommon/FileLayerSettings.h"
 #include "platform/HoldCancellation.h"
+#include "platform/Uninterrupted.h"
 #include "platform/Win32Compat.h"
 
 using namespace file_layer;

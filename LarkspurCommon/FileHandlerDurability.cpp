@@ -11,6 +11,7 @@
 #include "LarkspurCommon/FileHandlerPaths.h"
 #include "LarkspurCommon/FileHandlerSystem.h"
 #include "platform/HoldCancellation.h"
+#include "platform/Uninterrupted.h"
 
 using namespace file_layer;
 

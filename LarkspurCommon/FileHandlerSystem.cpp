@@ -5,6 +5,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
+
+#include "platform/Uninterrupted.h"
+
 namespace file_layer {
 namespace {
 

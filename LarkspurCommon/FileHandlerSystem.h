@@ -4,21 +4,11 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
-#include <cerrno>
-
 // The system calls of the file layer. Each fails with errno set, and none with EINTR.
 namespace file_layer {
 
 // The largest size and position that 32-bit system calls report.
 constexpr off_t kLargestFile = 0x7FFFFFFF;
-
-// Makes a call that gives -1 when it fails, again for as long as signals interrupt it.
-template <class Call>
-auto Uninterrupted(Call call) {
-  auto result = call();
-  while (result == -1 && errno == EINTR) result = call();
-  return result;
-}
 
 // By `statx`: 32-bit calls fail for files with times beyond 2038.
 bool GetStatus(int descriptor, struct statx& status);

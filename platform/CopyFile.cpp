@@ -15,20 +15,13 @@
 #include "platform/HoldCancellation.h"
 #include "platform/PathLookup.h"
 #include "platform/Rename.h"
+#include "platform/Uninterrupted.h"
 #include "platform/Win32Compat.h"
 
 namespace {
 
 constexpr size_t kBlockSize = 16384;  // on the stack, which host threads may keep small
 constexpr mode_t kPermissionBits = 0777;
-
-// The one place where a call that a signal interrupted is made again.
-template <class Call>
-auto Retry(Call call) {
-  auto result = call();
-  while (result == -1 && errno == EINTR) result = call();
-  return result;
-}
 
 // Owns a descriptor. Its destructor leaves errno to the failure that led to it.
 class Descriptor {
@@ -89,7 +82,7 @@ class Sibling {
 
 bool WriteAll(int fd, const char* bytes, size_t count) {
   while (count > 0) {
-    const ssize_t written = Retry([=] { return ::write(fd, bytes, count); });
+    const ssize_t written = Uninterrupted([=] { return ::write(fd, bytes, count); });
     if (written < 0) return false;
     bytes += written;
     count -= static_cast<size_t>(written);
@@ -100,7 +93,7 @@ bool WriteAll(int fd, const char* bytes, size_t count) {
 bool CopyBytes(int from, int to) {
   char block[kBlockSize];
   for (;;) {
-    const ssize_t got = Retry([&] { return ::read(from, block, sizeof block); });
+    const ssize_t got = Uninterrupted([&] { return ::read(from, block, sizeof block); });
     if (got <= 0) return got == 0;
     if (!WriteAll(to, block, static_cast<size_t>(got))) return false;
   }
@@ -121,7 +114,7 @@ bool CopyBySibling(int from, Sibling& sibling, const char* target, const struct 
 }
 
 bool OverwriteInPlace(int from, const char* target) {
-  Descriptor file(Retry([=] { return ::open(target, O_WRONLY | O_TRUNC | O_CLOEXEC); }));
+  Descriptor file(Uninterrupted([=] { return ::open(target, O_WRONLY | O_TRUNC | O_CLOEXEC); }));
   return file.IsOpen() && CopyBytes(from, file.Get()) && file.Close();
 }
 
@@ -181,6 +174,7 @@ int CopyFile(const char* from, const char* to, int failIfExists) {
   char target[MAX_PATH];
   if (!platform::LookUpPath(source, from) || !platform::LookUpTarget(target, to)) return 0;
   // Opening a pipe would wait for its writer.
-  const Descriptor file(Retry([&] { return ::open(source, O_RDONLY | O_NONBLOCK | O_CLOEXEC); }));
+  const Descriptor file(
+      Uninterrupted([&] { return ::open(source, O_RDONLY | O_NONBLOCK | O_CLOEXEC); }));
   return file.IsOpen() && Copy(file.Get(), target, failIfExists != 0);
 }

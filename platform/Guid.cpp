@@ -1,18 +1,15 @@
 // Unique identifiers: CoCreateGuid, which a host may replace.
 
-#include <errno.h>
 #include <sys/random.h>
 
+#include "platform/Uninterrupted.h"
 #include "platform/Win32Compat.h"
 
 namespace {
 
 // The kernel gives so few bytes whole or not at all.
 bool FillRandomly(GUID* guid) {
-  ssize_t got;
-  do {
-    got = ::getrandom(guid, sizeof *guid, 0);
-  } while (got < 0 && errno == EINTR);
+  const ssize_t got = Uninterrupted([=] { return ::getrandom(guid, sizeof *guid, 0); });
   return got == static_cast<ssize_t>(sizeof *guid);
 }
 
