@@ -32,11 +32,16 @@ std::string_view ProgramPath(PathBuffer& buffer) {
   return WithoutDeletedMark(buffer);
 }
 
-// Empty for the program itself.
-std::string_view ModulePath(void* module) {
+// Empty, with errno set, when it isn't known.
+std::string_view ModulePath(void* module, PathBuffer& buffer) {
+  if (module == nullptr) return ProgramPath(buffer);
   link_map* map = nullptr;
-  if (::dlinfo(module, RTLD_DI_LINKMAP, &map) != 0 || map->l_name == nullptr) return {};
-  return map->l_name;
+  if (::dlinfo(module, RTLD_DI_LINKMAP, &map) != 0) {
+    errno = EINVAL;
+    return {};
+  }
+  const std::string_view path(map->l_name);
+  return path.empty() ? ProgramPath(buffer) : path;  // the program's own entry has no name
 }
 
 }  // namespace
@@ -45,8 +50,7 @@ DWORD GetModuleFileName(void* module, char* buffer, DWORD size) {
   if (buffer == nullptr || size == 0) return 0;
   buffer[0] = '\0';
   PathBuffer program;
-  std::string_view path = module == nullptr ? std::string_view() : ModulePath(module);
-  if (path.empty()) path = ProgramPath(program);
+  const std::string_view path = ModulePath(module, program);
   if (path.size() >= size) errno = ERANGE;
   if (path.empty() || path.size() >= size) return 0;
   buffer[path.copy(buffer, path.size())] = '\0';

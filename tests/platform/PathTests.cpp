@@ -19,12 +19,19 @@ namespace {
 using corvo_test::ScratchPath;
 
 const char* g_program = nullptr;  // what the kernel says the program is; null: the truth
+bool g_noModules = false;
 
 }  // namespace
 
 extern "C" ssize_t readlink(const char* path, char* buffer, size_t size) noexcept {
   if (g_program == nullptr) return ::syscall(SYS_readlink, path, buffer, size);
   return static_cast<ssize_t>(std::string_view(g_program).copy(buffer, size));
+}
+
+extern "C" int dlinfo(void* module, int request, void* answer) noexcept {
+  if (g_noModules) return -1;
+  return reinterpret_cast<decltype(&::dlinfo)>(::dlsym(RTLD_NEXT, "dlinfo"))(module, request,
+                                                                             answer);
 }
 
 namespace {
@@ -166,6 +173,10 @@ TEST(ModuleName, OfAModuleIsTheModules) {
   char buffer[MAX_PATH];
   EXPECT_NE(GetModuleFileName(module, buffer, sizeof buffer), 0u);
   EXPECT_EQ(std::filesystem::path(buffer).filename(), "libdl.so.2");
+  g_noModules = true;
+  EXPECT_EQ(GetModuleFileName(module, buffer, sizeof buffer), 0u);
+  EXPECT_STREQ(buffer, "");
+  g_noModules = false;
   dlclose(module);
   void* self = dlopen(nullptr, RTLD_NOW);
   EXPECT_NE(GetModuleFileName(self, buffer, sizeof buffer), 0u);
