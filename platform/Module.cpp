@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <errno.h>
+#include <fcntl.h>
 #include <limits.h>
 #include <link.h>
 #include <unistd.h>
@@ -20,7 +21,8 @@ std::string_view WithoutDeletedMark(const char* path) {
   constexpr std::string_view kMark = " (deleted)";
   std::string_view text(path);
   if (text.size() <= kMark.size() || text.substr(text.size() - kMark.size()) != kMark) return text;
-  if (::access(path, F_OK) == 0) return text;  // a program of that very name
+  const bool isItsName = ::faccessat(AT_FDCWD, path, F_OK, AT_EACCESS) == 0;
+  if (isItsName) return text;
   text.remove_suffix(kMark.size());
   return text;
 }

@@ -5,6 +5,7 @@
 
 #include <dirent.h>
 #include <errno.h>
+#include <fcntl.h>
 #include <string.h>
 #include <strings.h>
 #include <unistd.h>
@@ -20,9 +21,10 @@ struct CloseDirectory {
 };
 using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
-// access, not stat: it can't fail over a size or a time that is too large for the call.
+// Not by stat, which can fail over a size or a time that is too large for it; and as the effective
+// user, who is the one to open it.
 bool Exists(const char* path) {
-  return ::access(path, F_OK) == 0;
+  return ::faccessat(AT_FDCWD, path, F_OK, AT_EACCESS) == 0;
 }
 
 // The directory that `name`, a component of `path`, is in.
