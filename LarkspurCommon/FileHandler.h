@@ -95,7 +95,8 @@ class CORVO_API TFileHandler {
 
   // Flushes a file or a directory by name; true as for Flush.
   static bool FlushToDisk(const char* path);
-  // Gives `to` the permission bits of `from` and, as far as the process may, its owner and group.
+  // Gives `to`, which must be readable, the permission bits of `from` and its owner and group, as
+  // far as the process may and the file system can.
   static bool CopyOwnerAndMode(const char* from, const char* to);
 
  private:

@@ -10,6 +10,7 @@
 #include "LarkspurCommon/FileHandlerBoundary.h"
 #include "LarkspurCommon/FileHandlerPaths.h"
 #include "LarkspurCommon/FileHandlerSystem.h"
+#include "platform/Attributes.h"
 #include "platform/HoldCancellation.h"
 #include "platform/Uninterrupted.h"
 
@@ -21,9 +22,6 @@ constexpr char kFlushToDisk[] = "static bool TFileHandler::FlushToDisk(const TCH
 constexpr char kCopyOwnerAndMode[] =
     "static bool TFileHandler::CopyOwnerAndMode(const TCHAR*, const TCHAR*)";
 
-constexpr mode_t kPermissionBits = 0777;
-constexpr uid_t kSameOwner = static_cast<uid_t>(-1);
-
 bool Report(const char* label, int error, const char* doing, const char* path) {
   tstring text;
   LogFileError(2, "%s - Error %lu (%s) %s \"%s\".", label, static_cast<unsigned long>(error),
@@ -31,22 +29,16 @@ bool Report(const char* label, int error, const char* doing, const char* path) {
   return false;
 }
 
-// 0, or what failed.
-int FlushByName(const char* path) {
+// Opens what stands under a path for an action that is false with errno set. 0, or what failed.
+template <class Action>
+int WithDescriptor(const char* path, Action action) {
   const HoldCancellation hold;
   const int descriptor =
       Uninterrupted([&] { return ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC); });
   if (descriptor == -1) return errno;
-  const int error = FlushDescriptor(descriptor) ? 0 : errno;
+  const int error = action(descriptor) ? 0 : errno;
   ::close(descriptor);
   return error;
-}
-
-// As far as the process may: the group alone where the owner is out of its reach, or neither.
-bool GiveOwner(const char* path, uid_t owner, gid_t group) {
-  if (::chown(path, owner, group) == 0) return true;
-  if (errno != EPERM) return false;
-  return ::chown(path, kSameOwner, group) == 0 || errno == EPERM;
 }
 
 }  // namespace
@@ -54,7 +46,7 @@ bool GiveOwner(const char* path, uid_t owner, gid_t group) {
 bool TFileHandler::FlushToDisk(const char* path) {
   return AtBoundary(kFlushToDisk, __LINE__, false, [&] {
     const tstring fullPath = ResolveBareName(path);
-    const int error = FlushByName(FoundPath(fullPath.c_str()).Text());
+    const int error = WithDescriptor(FoundPath(fullPath.c_str()).Text(), FlushDescriptor);
     return error == 0 || Report(kFlushToDisk, error, "flushing file", fullPath.c_str());
   });
 }
@@ -67,12 +59,11 @@ bool TFileHandler::CopyOwnerAndMode(const char* from, const char* to) {
     if (!GetStatus(FoundPath(source.c_str()).Text(), status)) {
       return Report(kCopyOwnerAndMode, errno, "obtaining status information for", source.c_str());
     }
-    const FoundPath found(target.c_str());
-    // The owner first: a change of owner may take permission bits away.
-    if (GiveOwner(found.Text(), status.stx_uid, status.stx_gid) &&
-        ::chmod(found.Text(), status.stx_mode & kPermissionBits) == 0) {
-      return true;
-    }
-    return Report(kCopyOwnerAndMode, errno, "changing owner and mode of", target.c_str());
+    const int error = WithDescriptor(FoundPath(target.c_str()).Text(), [&](int descriptor) {
+      return platform::GiveAttributes(descriptor,
+                                      {status.stx_uid, status.stx_gid, status.stx_mode});
+    });
+    return error == 0 ||
+           Report(kCopyOwnerAndMode, error, "changing owner and mode of", target.c_str());
   });
 }

@@ -12,6 +12,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/Attributes.h"
 #include "platform/HoldCancellation.h"
 #include "platform/PathLookup.h"
 #include "platform/Rename.h"
@@ -21,7 +22,6 @@
 namespace {
 
 constexpr size_t kBlockSize = 16384;  // on the stack, which host threads may keep small
-constexpr mode_t kPermissionBits = 0777;
 
 // Owns a descriptor. Its destructor leaves errno to the failure that led to it.
 class Descriptor {
@@ -99,18 +99,12 @@ bool CopyBytes(int from, int to) {
   }
 }
 
-// Gives a new file the owner, where this process may, and the permission bits of another, where its
-// file system has any (it refuses with EPERM where not: the file is ours).
-bool CarryAttributes(int fd, const struct stat& from) {
-  static_cast<void>(::fchown(fd, from.st_uid, from.st_gid) == 0);
-  return ::fchmod(fd, from.st_mode & kPermissionBits) == 0 || errno == EPERM;
-}
-
-bool CopyBySibling(int from, Sibling& sibling, const char* target, const struct stat& attributes,
+bool CopyBySibling(int from, Sibling& sibling, const char* target, const struct stat& like,
                    bool mayReplace) {
   Descriptor& file = sibling.File();
-  return CopyBytes(from, file.Get()) && CarryAttributes(file.Get(), attributes) && file.Close() &&
-         sibling.Become(target, mayReplace);
+  return CopyBytes(from, file.Get()) &&
+         platform::GiveAttributes(file.Get(), {like.st_uid, like.st_gid, like.st_mode}) &&
+         file.Close() && sibling.Become(target, mayReplace);
 }
 
 bool OverwriteInPlace(int from, const char* target) {

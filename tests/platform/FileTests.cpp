@@ -31,6 +31,7 @@ struct Faults {
   size_t mostWritten = static_cast<size_t>(-1);
   bool noRenameFlags = false;    // a file system that knows no RENAME_NOREPLACE
   bool closedDirectory = false;  // takes no new files
+  int noAttributes = 0;          // the error of a file system without owners and permissions
 } g_faults;
 
 bool FailsNow() {
@@ -62,7 +63,13 @@ int close(int fd) {
   return FailsNow() ? -1 : static_cast<int>(result);
 }
 
+int fchown(int fd, uid_t owner, gid_t group) noexcept {
+  if (g_faults.noAttributes != 0) return errno = g_faults.noAttributes, -1;
+  return static_cast<int>(Call(SYS_fchown, fd, owner, group));
+}
+
 int fchmod(int fd, mode_t mode) noexcept {
+  if (g_faults.noAttributes != 0) return errno = g_faults.noAttributes, -1;
   return static_cast<int>(Call(SYS_fchmod, fd, mode));
 }
 
@@ -140,6 +147,14 @@ TEST_F(Files, ACopyIsWholeAndPermitsWhatTheSourceDoes) {
   EXPECT_EQ(ReadFile(Path("copy")), m_bytes);
   EXPECT_EQ(ModeOf(Path("copy")), 0640u);
   EXPECT_THAT(Names(), ElementsAre("copy", "source"));
+}
+
+TEST_F(Files, AFileSystemWithoutOwnersAndPermissionsTakesCopies) {
+  for (const int error : {EPERM, EINVAL}) {
+    g_faults.noAttributes = error;
+    EXPECT_EQ(Copy("source", "copy"), 0);
+    EXPECT_EQ(ReadFile(Path("copy")), m_bytes);
+  }
 }
 
 TEST_F(Files, AReplacedTargetKeepsItsPermissionsAndTheLinksToIt) {
