@@ -71,8 +71,6 @@ bool WriteText(std::FILE* stream, const tstring& text) {
 
 // Appends one entry. 0, or what failed; a file that can't be opened is passed over.
 int Append(const tstring& path, const tstring& message) {
-  const HoldCancellation hold;  // an entry is whole or not there
-  const ReleaseGCSHelper hostScope(kUnit, __LINE__, true, true);
   const LockCriticalSection lock(&*csLogFileError, true, kUnit, __LINE__);
   const Stream stream = OpenForAppending(path);
   if (!stream) return 0;
@@ -86,6 +84,8 @@ void LogToFile(const tstring& message) {
   if (!FileLayerLogsErrorsToFile()) return;
   const tstring path =
       tstring::FromFormat("%s\\FileErrors.txt", FileLayerLoggingDirectory().c_str());
+  const HoldCancellation hold;  // an entry is whole or not there
+  const ReleaseGCSHelper hostScope(kUnit, __LINE__, true, true);
   const int error = Append(path, message);
   if (error == 0) return;
   tstring text;

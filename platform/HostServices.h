@@ -27,7 +27,8 @@ CORVO_API void ConsolePrint(unsigned long mask, const char* format, ...)
 // Raises the host's alarm.
 CORVO_API void SendTrap();
 
-// Lives around the file-error log's lock: made before it is taken, gone after it is released.
+// Lives while a failure is written to the file-error log: made before the log's lock is taken, gone
+// after that is released and a failed write has been traced.
 class CORVO_API ReleaseGCSHelper {
  public:
   ReleaseGCSHelper(const char* file, int line, bool first, bool second);

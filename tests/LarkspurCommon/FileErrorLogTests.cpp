@@ -25,7 +25,9 @@ namespace {
 
 std::string g_program;  // empty: the host can't tell
 bool g_unbuffered;
-bool (*g_logsToFile)();                            // the host's answer
+bool (*g_logsToFile)();  // the host's answer
+const TraceLog* g_trace;
+thread_local std::size_t t_linesInScope;           // traced until the host scope object went
 thread_local std::vector<std::string> t_logSizes;  // as host scope objects saw it, coming and going
 
 std::string LogPath() {
@@ -47,6 +49,7 @@ class FileErrorLogTest : public testing::Test {
     g_logsToFile = [] { return true; };
     g_unbuffered = false;
     t_logSizes.clear();
+    g_trace = &trace;
   }
 
   TraceLog trace;
@@ -66,6 +69,7 @@ ReleaseGCSHelper::ReleaseGCSHelper(const char* file, int line, bool first, bool 
 
 ReleaseGCSHelper::~ReleaseGCSHelper() {
   t_logSizes.push_back(LogSize());
+  t_linesInScope = g_trace->Lines().size();
 }
 
 extern "C" {
@@ -115,6 +119,7 @@ TEST_F(FileErrorLogTest, EntriesAreAppendedInsideTheHostsScope) {
 TEST_F(FileErrorLogTest, AFailedWriteIsTracedAndALogThatDoesNotOpenIsSkipped) {
   ASSERT_EQ(0, ::symlink("/dev/full", LogPath().c_str()));
   LogFileError(5, "text");
+  EXPECT_EQ(2u, t_linesInScope);
   EXPECT_THAT(trace.Texts(0x28, '2'),
               ElementsAre("void LogFileError(WORD, const TCHAR*, ...) - Error 28 (No space left on "
                           "device) writing data to \"" +
