@@ -107,6 +107,10 @@ bool TFileHandler::IsDirectory(const char* path) {
 
 bool TFileHandler::CreateDirectory(const char* path) {
   return AtBoundary(kCreate, __LINE__, false, [&] {
+    if (IsNowhere(path)) {
+      errno = ENOENT;
+      return false;
+    }
     return static_cast<unsigned char>(::CreateDirectory(path, nullptr)) != 0;  // its low byte tells
   });
 }

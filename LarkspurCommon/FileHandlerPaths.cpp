@@ -16,6 +16,11 @@ bool IsEmpty(const char* path) {
 
 }  // namespace
 
+bool IsNowhere(const char* path) {
+  constexpr std::size_t kWithoutSeparator = sizeof kNowhere - 2;
+  return path != nullptr && std::strncmp(path, kNowhere, kWithoutSeparator) == 0;
+}
+
 PathParts::PathParts(const char* path)
     : m_fit(_splitpath_s(path, m_drive, sizeof m_drive, m_directory, sizeof m_directory, m_name,
                          sizeof m_name, m_extension, sizeof m_extension) == 0) {

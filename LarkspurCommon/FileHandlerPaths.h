@@ -10,6 +10,11 @@
 // How the file layer reads a path and finds it on the disk.
 namespace file_layer {
 
+// Stands for the program's directory when that isn't known. A missing file to everyone who asks,
+// since the file layer never makes it: even "/dev" may be missing, and then root could make that.
+constexpr char kNowhere[] = "/program directory unknown/";
+bool IsNowhere(const char* path);  // or in it
+
 // A path as the host splits it. All parts are empty when one of them doesn't fit.
 class PathParts {
  public:

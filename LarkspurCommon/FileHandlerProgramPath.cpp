@@ -1,12 +1,12 @@
 // The rule by which the file layer and the configuration find their files: beside the program.
 
 #include "LarkspurCommon/FileHandler.h"
+#include "LarkspurCommon/FileHandlerPaths.h"
 #include "platform/Win32Compat.h"
 
-namespace {
+using file_layer::kNowhere;
 
-// Stands for the program's directory when that isn't known: nothing can be found or made in it.
-constexpr char kNowhere[] = "/dev/null/";
+namespace {
 
 bool IsSeparator(char ch) {
   return ch == '\\' || ch == '/';

@@ -182,11 +182,16 @@ TEST_F(FileErrorLogTest, ProgramFilesAreBesideTheProgram) {
       {"/opt/app/bin/server", nullptr, "ini", "/opt/app/bin/"},
       {"C:\\app\\server.exe", "x.ini", nullptr, "C:\\app\\x.ini"},
       {"C:server.exe", "x.ini", nullptr, "C:\\x.ini"},
-      {"server", "etc", nullptr, "/dev/null/etc"},  // no directory is not the root directory
-      {"", "x.ini", nullptr, "/dev/null/x.ini"},
+      {"server", "etc", nullptr,
+       "/program directory unknown/etc"},  // no directory is not the root directory
+      {"", "x.ini", nullptr, "/program directory unknown/x.ini"},
   };
   for (const auto& row : rows) {
     g_program = row.program;
     EXPECT_EQ(row.path, GetFullPathRelativeToCorvoPath(row.name, row.extension));
   }
+  TFileHandler file;
+  EXPECT_FALSE(file.Open("x.ini", OFM_WRITE, NLM_BINARY, false, true)) << "made in no directory";
+  EXPECT_THAT(trace.Texts(0x28, '2'), testing::IsEmpty()) << "as a missing file, no failure";
+  EXPECT_FALSE(Exists("/program directory unknown"));
 }
