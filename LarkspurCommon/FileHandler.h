@@ -90,6 +90,7 @@ class CORVO_API TFileHandler {
   static bool IsDirectory(const char* path);  // a bare name means the current directory's here
   static bool CreateDirectory(const char* path);
   static bool Delete(const char* path, bool recursive);
+  // False when the host's CoCreateGuid gives nothing but names that are taken.
   static bool GetTempFilename(tstring& name, const char* prefix, const char* extension);
   static tstring GetMsgFileName(const GUID& guid, const char* extension);
 

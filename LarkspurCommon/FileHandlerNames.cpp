@@ -25,6 +25,8 @@ constexpr char kTempFilename[] =
     "static bool TFileHandler::GetTempFilename(tstring&, const TCHAR*, const TCHAR*)";
 constexpr char kGetName[] = "void TFileHandler::GetName(tstring&) const";
 
+constexpr int kTempNameAttempts = 100;  // where names are random, the first is free
+
 constexpr char kDeleting[] = "deleting";
 
 bool RefuseDirectory(const char* label, const DiskEntry& entry) {
@@ -65,8 +67,13 @@ bool Link(const char* from, const tstring& to) {
 bool TFileHandler::OpenTempFile(OpenFileMode mode, NewLine_Mode newLine, bool truncate,
                                 const char* prefix, const char* extension) {
   tstring name;
-  return GetTempFilename(name, prefix, extension) &&
-         Open(name.c_str(), mode, newLine, truncate, false);
+  if (GetTempFilename(name, prefix, extension)) {
+    return Open(name.c_str(), mode, newLine, truncate, false);
+  }
+  return AtBoundary(kTempFilename, __LINE__, false, [&] {
+    m_lastError = "No free temporary file name has been found";
+    return RefuseOpening();
+  });
 }
 
 bool TFileHandler::Delete() {
@@ -127,12 +134,13 @@ bool TFileHandler::Delete(const char* path, bool recursive) {
 
 bool TFileHandler::GetTempFilename(tstring& name, const char* prefix, const char* extension) {
   return AtBoundary(kTempFilename, __LINE__, false, [&] {
-    do {
+    for (int attempt = 0; attempt < kTempNameAttempts; ++attempt) {
       GUID guid{};
-      CoCreateGuid(&guid);
+      CoCreateGuid(&guid);  // hosts differ in what it returns
       name = FileLayerTempDirectory() + "\\" + prefix + GetMsgFileName(guid, extension);
-    } while (FileExists(name.c_str()));
-    return true;
+      if (!FileExists(name.c_str())) return true;
+    }
+    return false;
   });
 }
 

@@ -14,7 +14,7 @@ using testing::IsEmpty;
 
 namespace {
 
-constexpr char kOpen[] =
+constexpr char kOpening[] =
     "bool TFileHandler::Open(const TCHAR*, OpenFileMode, NewLine_Mode, bool, bool) - ";
 
 unsigned ModeOf(const std::string& path) {
@@ -24,8 +24,11 @@ unsigned ModeOf(const std::string& path) {
 
 }  // namespace
 
+bool g_noGuids;
+
 extern "C" int CoCreateGuid(GUID* guid) {
   static DWORD next = 0x1234ABCD;
+  if (g_noGuids) return 0;
   *guid = {next++, 0x5, 0x67, {0, 1, 2, 3, 4, 5, 6, 0xFF}};
   return 1;
 }
@@ -58,7 +61,7 @@ TEST_F(FileHandlerTest, RefusalsTellWhy) {
     EXPECT_FALSE(file.Open(row.path.c_str(), row.mode, NLM_BINARY, true, false));
     const std::string error = row.error + row.path + row.tail;
     EXPECT_EQ(error, file.DisplayLastError());
-    EXPECT_THAT(trace.Texts(0x28, row.level), ElementsAre(kOpen + error + "."));
+    EXPECT_THAT(trace.Texts(0x28, row.level), ElementsAre(kOpening + error + "."));
     EXPECT_STREQ("", file.GetPathname());
     EXPECT_FALSE(file.Delete());
   }
@@ -127,7 +130,7 @@ TEST_F(FileHandlerTest, OnlyADatabaseDirectoryThatAFailedOpenMadeGoes) {
   EXPECT_EQ("", g_removedTree);
   EXPECT_THAT(
       trace.Texts(0x28, '3'),
-      ElementsAre(kOpen + ("Directory \"" + outside) + "\" does not exist within \"" +
+      ElementsAre(kOpening + ("Directory \"" + outside) + "\" does not exist within \"" +
                   ScratchPath("bin") + "\", therefore ignoring request to delete directory tree."));
 }
 
@@ -140,6 +143,11 @@ TEST_F(FileHandlerTest, TemporaryNamesAreFree) {
   EXPECT_EQ(directory + "\\QRT1234abce0005006700010203040506ff.tmp", name);
   ASSERT_TRUE(file.OpenTempFile(OFM_READWRITE, NLM_BINARY, true, "P", ""));
   EXPECT_EQ(directory + "/P1234abcf0005006700010203040506ff", file.GetPathname());
+  g_noGuids = true;
+  EXPECT_TRUE(file.OpenTempFile(OFM_READWRITE, NLM_BINARY, true, "Q", "")) << "one name is free";
+  EXPECT_FALSE(file.OpenTempFile(OFM_READWRITE, NLM_BINARY, true, "Q", ""));
+  EXPECT_STREQ("No free temporary file name has been found", file.DisplayLastError());
+  g_noGuids = false;
 }
 
 TEST_F(FileHandlerTest, DeletesFilesOnly) {
