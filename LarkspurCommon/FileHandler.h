@@ -94,7 +94,8 @@ class CORVO_API TFileHandler {
   static bool GetTempFilename(tstring& name, const char* prefix, const char* extension);
   static tstring GetMsgFileName(const GUID& guid, const char* extension);
 
-  // Flushes a file or a directory by name; true as for Flush.
+  // Flushes a file, which must be readable, or a directory by name; true as for Flush. For a
+  // directory that isn't readable the whole system's data is flushed.
   static bool FlushToDisk(const char* path);
   // Gives `to`, which must be readable, the permission bits of `from` and its owner and group, as
   // far as the process may and the file system can.

@@ -41,12 +41,20 @@ int WithDescriptor(const char* path, Action action) {
   return error;
 }
 
+// A directory that this process may change but not read can't be flushed alone: everything is.
+int FlushByName(const char* path) {
+  const int error = WithDescriptor(path, FlushDescriptor);
+  if (error != EACCES || !TFileHandler::IsDirectory(path)) return error;
+  ::sync();
+  return 0;
+}
+
 }  // namespace
 
 bool TFileHandler::FlushToDisk(const char* path) {
   return AtBoundary(kFlushToDisk, __LINE__, false, [&] {
     const tstring fullPath = ResolveBareName(path);
-    const int error = WithDescriptor(FoundPath(fullPath.c_str()).Text(), FlushDescriptor);
+    const int error = FlushByName(FoundPath(fullPath.c_str()).Text());
     return error == 0 || Report(kFlushToDisk, error, "flushing file", fullPath.c_str());
   });
 }

@@ -96,7 +96,13 @@ TEST_F(FileHandlerTest, AFailedTruncationOrFlushByNameFails) {
   EXPECT_FALSE(TFileHandler::FlushToDisk(path.c_str()));
   EXPECT_FALSE(TFileHandler::FlushToDisk(ScratchPath("none").c_str()));
   EXPECT_TRUE(TFileHandler::FlushToDisk(ScratchDirectory().c_str()));
-  EXPECT_EQ(3u, trace.Texts(0x28, '2').size());
+  EXPECT_EQ(0, On(kSync).calls);
+  On(kOpen) = {1, EACCES};
+  EXPECT_TRUE(TFileHandler::FlushToDisk(ScratchDirectory().c_str())) << "only to be searched";
+  EXPECT_EQ(1, On(kSync).calls);
+  On(kOpen) = {1, EACCES};
+  EXPECT_FALSE(TFileHandler::FlushToDisk(path.c_str()));
+  EXPECT_EQ(4u, trace.Texts(0x28, '2').size());
 }
 
 TEST_F(FileHandlerTest, AShortWriteIsDoneButNotForgotten) {

@@ -3,11 +3,13 @@
 #include "FileHandlerTest.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdarg>
 #include <new>
 
 namespace corvo_test {
@@ -57,6 +59,14 @@ Function* Next(const char* name) {
 
 extern "C" {
 
+int open(const char* path, int flags, ...) {
+  va_list args;
+  va_start(args, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(args, mode_t) : 0;
+  va_end(args);
+  return Fails(kOpen) ? -1 : ::openat(AT_FDCWD, path, flags, mode);
+}
+
 ssize_t read(int fd, void* buffer, size_t size) {
   return Fails(kRead) ? -1 : ::syscall(SYS_read, fd, buffer, Cut(kRead, size));
 }
@@ -67,6 +77,10 @@ ssize_t write(int fd, const void* buffer, size_t size) {
 
 int fsync(int) {
   return Fails(kFsync) ? -1 : 0;
+}
+
+void sync() noexcept {
+  Fails(kSync);
 }
 
 off_t lseek(int fd, off_t distance, int whence) noexcept {

@@ -13,9 +13,9 @@
 
 namespace corvo_test {
 
-enum Call { kRead, kWrite, kFsync, kLseek, kFtruncate, kAllocateCache, kCalls };
+enum Call { kOpen, kRead, kWrite, kFsync, kSync, kLseek, kFtruncate, kAllocateCache, kCalls };
 
-// How this test program's own version of a call behaves. fsync never waits for the disk.
+// How this test program's own version of a call behaves. None waits for the disk.
 struct Behaviour {
   int failures = 0;   // the next so many calls fail ...
   int error = 0;      // ... with this
