@@ -108,7 +108,9 @@ bool TFileHandler::Open(const char* path, OpenFileMode mode, NewLine_Mode newLin
     m_truncate = truncate;
     m_createDirectory = createDirectory;
     tstring resolved;
-    return ResolvePath(path, resolved) && OpenResolved(resolved);
+    if (!ResolvePath(path, resolved) || !OpenResolved(resolved, m_truncate)) return false;
+    m_failedSinceOpen = false;
+    return true;
   });
 }
 
@@ -155,36 +157,31 @@ bool TFileHandler::ResolvePath(const char* path, tstring& resolved) {
   return RefuseOpening();
 }
 
-bool TFileHandler::OpenResolved(const tstring& path) {
+bool TFileHandler::OpenResolved(const tstring& path, bool truncate) {
   tstring created;
   if (m_openMode != OFM_READ && m_createDirectory) {
     created = CreateMissingDirectory(PathParts(path.c_str()).Directory());
   }
-  const bool truncate = m_truncate && m_openMode != OFM_READ;
-  if (OpenDescriptor(path, OpenFlags(m_openMode), truncate)) {
-    m_failedSinceOpen = false;
-    return true;
-  }
+  if (OpenDescriptor(path, truncate && m_openMode != OFM_READ)) return true;
   FailOpening(errno, path);
   if (!created.empty()) RemoveCreatedDirectory(created);
   return false;
 }
 
-// Opens the same file again as it is now, or not at all.
+// Opens the same path as it was opened before, but leaves what the file holds. What failed since
+// then stays remembered.
 bool TFileHandler::Reopen() {
   EmptyCache();
   Close();
   tstring path;
-  if (!ResolvePath(m_path.c_str(), path)) return false;
-  const int flags = OpenFlags(m_openMode);
-  const bool opened = OpenDescriptor(path, flags == kNoSuchMode ? flags : flags & ~O_CREAT, false);
-  return opened || FailOpening(errno, path);
+  return ResolvePath(m_path.c_str(), path) && OpenResolved(path, false);
 }
 
 // False with errno set.
-bool TFileHandler::OpenDescriptor(const tstring& path, int flags, bool truncate) {
+bool TFileHandler::OpenDescriptor(const tstring& path, bool truncate) {
   tstring opened = path;  // taken over once all has worked, and then without failing
   ::umask(kCreationMask);
+  const int flags = OpenFlags(m_openMode);
   if (flags == kNoSuchMode) return false;
   m_descriptor =
       Uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC, kNewFileMode); });

@@ -64,7 +64,8 @@ class CORVO_API TFileHandler {
 
   // Origin 0: the start; 1: the descriptor's position, which is ahead of the reader's while the
   // cache holds unread bytes; 2: the end. Flushes to disk first. A failed move from the start or
-  // the end reopens the file, which is then neither created nor truncated, and moves once more.
+  // the end opens the path again as Open did, a missing file or directory made where that made it,
+  // but without truncation, and moves once more.
   bool MoveToPosition(DWORD origin, LONG distance);
   void MakeThisEndOfFile();  // at the descriptor's position; flushes to disk first
   DWORD GetFilePosition();   // the reader's; flushes to disk first; 0 closed, 0xFFFFFFFF failed
@@ -109,9 +110,9 @@ class CORVO_API TFileHandler {
   void DescribeError(int error, const char* doing, const char* path);
 
   bool ResolvePath(const char* path, tstring& resolved);
-  bool OpenResolved(const tstring& path);
+  bool OpenResolved(const tstring& path, bool truncate);
   bool Reopen();
-  bool OpenDescriptor(const tstring& path, int flags, bool truncate);
+  bool OpenDescriptor(const tstring& path, bool truncate);
   bool RefuseOpening();
   bool FailOpening(int error, const tstring& path);
 

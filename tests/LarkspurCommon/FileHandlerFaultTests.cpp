@@ -131,18 +131,23 @@ TEST_F(FileHandlerTest, AFailedReadDeliversWhatWasCached) {
   }
 }
 
-TEST_F(FileHandlerTest, ReopeningAfterAFailedMoveChangesNothing) {
-  const std::string path = ScratchPath("a");
+TEST_F(FileHandlerTest, AFailedMoveOpensAgainWithoutTruncation) {
+  const std::string path = ScratchPath("dir/a");
   ASSERT_TRUE(file.Open(path.c_str(), OFM_READWRITE, NLM_BINARY, true, true));
   ASSERT_TRUE(kWriteSome(file));
   On(kLseek) = {1, EIO};
   EXPECT_TRUE(kToStart(file));
   EXPECT_EQ("abcd", ReadFile(path));
 
-  ASSERT_TRUE(TFileHandler::Delete(path.c_str(), false));
+  RemoveTree(ScratchPath("dir"));
   On(kLseek) = {1, EIO};
+  EXPECT_TRUE(kToStart(file));
+  EXPECT_TRUE(Exists(path)) << "made again, with its directory";
+  EXPECT_TRUE(file.FailedSinceOpen());
+
+  On(kLseek) = {1, EIO};
+  On(kOpen) = {1, EMFILE};
   EXPECT_FALSE(kToStart(file));
-  EXPECT_FALSE(Exists(path));
   EXPECT_STREQ("", file.GetPathname());
   EXPECT_FALSE(kToStart(file));
   EXPECT_STREQ("No file has been specified", file.DisplayLastError());
