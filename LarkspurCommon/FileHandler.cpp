@@ -194,6 +194,7 @@ bool TFileHandler::OpenDescriptor(const tstring& path, bool truncate) {
   }
   m_path.swap(opened);
   m_endOfFile = false;
+  m_room = 0;
   if (m_openMode != OFM_WRITE && !m_cache) m_cache.reset(new (std::nothrow) char[kCacheSize]);
   return true;
 }

@@ -25,7 +25,7 @@ enum NewLine_Mode : DWORD {
 //
 // No operation throws. A failing one returns false (or what it states), keeps its reason as last
 // error and logs it with LogFileError. An object is used by one thread at a time. Files of 2 GiB
-// and more are refused with EOVERFLOW, as 32-bit system calls would.
+// and more are refused with EOVERFLOW and writes beyond that with EFBIG, as by 32-bit system calls.
 class CORVO_API TFileHandler {
  public:
   static LONG count;  // live objects; changed by interlocked operations only
@@ -127,6 +127,7 @@ class CORVO_API TFileHandler {
   bool ReadLine(char* buffer, DWORD length, DWORD& got);
 
   bool WriteBytes(const void* bytes, std::size_t size);
+  bool HasRoomFor(std::size_t size);
   bool WriteText(const char* text);
 
   bool FlushAs(const char* label);
@@ -148,6 +149,7 @@ class CORVO_API TFileHandler {
 
   bool m_failedSinceOpen = false;
   char m_reserve = 0;  // a cache of one character where there is no other
+  DWORD m_room = 0;    // that writes have left below 2 GiB, at least; what moves the file resets it
 };
 
 // Reports a failure of the file layer: a trace line at `level` (0 to 9) and, where the

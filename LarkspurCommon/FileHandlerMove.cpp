@@ -46,6 +46,7 @@ bool TFileHandler::SeekStep(DWORD origin, LONG distance) {
     errno = EINVAL;
     return false;
   }
+  m_room = 0;
   if (Seek(m_descriptor, distance, kWhence[origin]) == -1) return false;
   m_endOfFile = origin == kFromEnd && distance >= 0;
   return true;

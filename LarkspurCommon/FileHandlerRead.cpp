@@ -113,6 +113,7 @@ DWORD TFileHandler::TakeUnread(char* out, DWORD length) {
 // One `read`. `taken` is what the caller got from the cache: the file ends, or a failure ends it,
 // where nothing at all is delivered.
 bool TFileHandler::ReadDescriptor(char* out, DWORD size, DWORD taken, DWORD& delivered) {
+  m_room = 0;
   const ssize_t result = Uninterrupted([&] { return ::read(m_descriptor, out, size); });
   const int error = errno;
   delivered = result > 0 ? static_cast<DWORD>(result) : 0;

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "platform/Uninterrupted.h"
@@ -37,10 +38,21 @@ bool FlushDescriptor(int descriptor) {
 }
 
 off_t Seek(int descriptor, off_t distance, int whence) {
+  const off_t before = ::lseek(descriptor, 0, SEEK_CUR);
+  if (before == -1) return -1;
   const off_t position = ::lseek(descriptor, distance, whence);
   if (position <= kLargestFile) return position;
+  ::lseek(descriptor, before, SEEK_SET);
   errno = EOVERFLOW;
   return -1;
+}
+
+bool GetRoom(int descriptor, DWORD& room) {
+  off_t position = ::lseek(descriptor, 0, SEEK_CUR);
+  if (position == -1 && errno != ESPIPE) return false;
+  position = std::clamp(position, off_t{0}, kLargestFile);
+  room = static_cast<DWORD>(kLargestFile - position);
+  return true;
 }
 
 bool SetSize(int descriptor, off_t size) {

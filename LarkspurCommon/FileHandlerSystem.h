@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include "platform/Win32Types.h"
+
 // The system calls of the file layer. Each fails with errno set, and none with EINTR.
 namespace file_layer {
 
@@ -20,8 +22,12 @@ bool SizeFits(const struct statx& status);
 // fsync. What can't be flushed (a pipe, a terminal, a directory on some file systems) is success.
 bool FlushDescriptor(int descriptor);
 
-// lseek; -1 with EOVERFLOW where the new position is beyond kLargestFile.
+// lseek; -1 with EOVERFLOW, and the old position, where the new one is beyond kLargestFile.
 off_t Seek(int descriptor, off_t distance, int whence);
+
+// How many bytes can be written from the descriptor's position up to kLargestFile. What has no
+// position, such as a pipe, has room for as many.
+bool GetRoom(int descriptor, DWORD& room);
 
 // ftruncate
 bool SetSize(int descriptor, off_t size);

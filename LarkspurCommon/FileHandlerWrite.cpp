@@ -40,10 +40,21 @@ void TFileHandler::WriteFormatString(const char* format, ...) {
 
 // A short write counts as done, as callers know it, but isn't forgotten.
 bool TFileHandler::WriteBytes(const void* bytes, std::size_t size) {
+  if (!HasRoomFor(size)) return FailData(kWrite, errno, kWriting);
   const ssize_t written = Uninterrupted([&] { return ::write(m_descriptor, bytes, size); });
   if (written < 0) return FailData(kWrite, errno, kWriting);
+  m_room -= static_cast<DWORD>(written);
   if (static_cast<std::size_t>(written) < size) FailData(kWrite, ENOSPC, kWriting);
   return true;
+}
+
+// Whether a write ends where 32-bit positions reach; false with errno set.
+bool TFileHandler::HasRoomFor(std::size_t size) {
+  if (size <= m_room) return true;
+  if (!GetRoom(m_descriptor, m_room)) return false;
+  if (size <= m_room) return true;
+  errno = EFBIG;
+  return false;
 }
 
 bool TFileHandler::WriteText(const char* text) {

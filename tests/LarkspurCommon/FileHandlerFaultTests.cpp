@@ -119,6 +119,25 @@ TEST_F(FileHandlerTest, AShortWriteIsDoneButNotForgotten) {
   EXPECT_EQ(1u, trace.Texts(0x28, '2').size());
 }
 
+TEST_F(FileHandlerTest, NothingIsWrittenBeyondTwoGigabytes) {
+  const std::string path = ScratchPath("large");
+  ASSERT_TRUE(file.Open(path.c_str(), OFM_READWRITE, NLM_BINARY, true, false));
+  const auto writes = [&](DWORD size) { return file.Write("abcdef", size); };
+  EXPECT_TRUE(writes(3));
+  ASSERT_TRUE(file.MoveToPosition(0, 0x7FFFFFFF - 6));
+  EXPECT_TRUE(writes(4));
+  EXPECT_FALSE(writes(3));
+  EXPECT_EQ(0x7FFFFFFF - 2, file.GetCurrentFileSize()) << "nothing of what doesn't fit";
+  EXPECT_EQ("Error 27 (File too large) writing data to file \"" + path + "\"",
+            std::string(file.DisplayLastError()));
+  ASSERT_TRUE(file.MoveToPosition(0, 0x7FFFFFFF - 3));
+  EXPECT_TRUE(kReadSome(file));
+  EXPECT_FALSE(writes(3)) << "the read has moved on";
+  EXPECT_TRUE(writes(2));
+  EXPECT_FALSE(writes(1));
+  EXPECT_EQ(0x7FFFFFFF, file.GetCurrentFileSize());
+}
+
 TEST_F(FileHandlerTest, AFailedReadDeliversWhatWasCached) {
   ASSERT_TRUE(file.Open(Make("a", "0123456789").c_str(), OFM_READ, NLM_BINARY, false, false));
   ASSERT_TRUE(kReadSome(file));
@@ -170,7 +189,9 @@ TEST_F(FileHandlerTest, MovesFlushEmptyTheCacheAndSetTheEnd) {
       {2, 5, true, 105, true},
       {0, 0x7FFFFFFF, true, 0x7FFFFFFF, false},
       {0, -1, false, 0, false},
-      {2, 0x7FFFFFFF, false, 0xFFFFFFFF, false},  // as by a 32-bit call: moved out of reach
+      {2, 0x7FFFFFFF, false, 0, false},  // opened again, which helps no more
+      {0, 10, true, 10, false},
+      {1, 0x7FFFFFFF, false, 100, false},  // where it was
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::Message() << row.origin << " " << row.distance);
