@@ -105,33 +105,33 @@ class CORVO_API TFileHandler {
  private:
   static constexpr DWORD kCacheSize = 16384;
 
-  bool Fail(const char* label, int error, const char* doing);
-  bool FailData(const char* label, int error, const char* doing);
-  void DescribeError(int error, const char* doing, const char* path);
+  CORVO_LOCAL bool Fail(const char* label, int error, const char* doing);
+  CORVO_LOCAL bool FailData(const char* label, int error, const char* doing);
+  CORVO_LOCAL void DescribeError(int error, const char* doing, const char* path);
 
-  bool ResolvePath(const char* path, tstring& resolved);
-  bool OpenResolved(const tstring& path, bool truncate);
-  bool Reopen();
-  bool OpenDescriptor(const tstring& path, bool truncate);
-  bool RefuseOpening();
-  bool FailOpening(int error, const tstring& path);
+  CORVO_LOCAL bool ResolvePath(const char* path, tstring& resolved);
+  CORVO_LOCAL bool OpenResolved(const tstring& path, bool truncate);
+  CORVO_LOCAL bool Reopen();
+  CORVO_LOCAL bool OpenDescriptor(const tstring& path, bool truncate);
+  CORVO_LOCAL bool RefuseOpening();
+  CORVO_LOCAL bool FailOpening(int error, const tstring& path);
 
   char* Window() { return m_cache ? m_cache.get() : &m_reserve; }
   DWORD WindowSize() const { return m_cache ? kCacheSize : DWORD{sizeof m_reserve}; }
   DWORD Unread() const { return m_cacheCount - m_cachePosition; }
   void EmptyCache() { m_cachePosition = m_cacheCount = 0; }
-  DWORD TakeUnread(char* out, DWORD length);
-  bool ReadDescriptor(char* out, DWORD size, DWORD taken, DWORD& delivered);
-  bool Refill(DWORD taken);
-  bool ReadBytes(char* out, DWORD length, DWORD& got);
-  bool ReadLine(char* buffer, DWORD length, DWORD& got);
+  CORVO_LOCAL DWORD TakeUnread(char* out, DWORD length);
+  CORVO_LOCAL bool ReadDescriptor(char* out, DWORD size, DWORD taken, DWORD& delivered);
+  CORVO_LOCAL bool Refill(DWORD taken);
+  CORVO_LOCAL bool ReadBytes(char* out, DWORD length, DWORD& got);
+  CORVO_LOCAL bool ReadLine(char* buffer, DWORD length, DWORD& got);
 
-  bool WriteBytes(const void* bytes, std::size_t size);
-  bool HasRoomFor(std::size_t size);
-  bool WriteText(const char* text);
+  CORVO_LOCAL bool WriteBytes(const void* bytes, std::size_t size);
+  CORVO_LOCAL bool HasRoomFor(std::size_t size);
+  CORVO_LOCAL bool WriteText(const char* text);
 
-  bool FlushAs(const char* label);
-  bool SeekStep(DWORD origin, LONG distance);
+  CORVO_LOCAL bool FlushAs(const char* label);
+  CORVO_LOCAL bool SeekStep(DWORD origin, LONG distance);
 
   int m_descriptor = -1;
   tstring m_path;

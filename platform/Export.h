@@ -5,4 +5,7 @@
    function of the same name (linked with -rdynamic) runs its own, also for the library's calls. */
 #define CORVO_API __attribute__((visibility("default")))
 
+/* Marks what an exported class keeps to itself. */
+#define CORVO_LOCAL __attribute__((visibility("hidden")))
+
 #endif
