@@ -3,34 +3,40 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/types.h>
 
+#include <cstring>
 #include <string>
 
 #include "LarkspurCommon/FileHandler.h"
 #include "support/Scratch.h"
+#include "support/SystemCalls.h"
 #include "support/TraceLog.h"
 
 namespace corvo_test {
 
-enum Call { kOpen, kRead, kWrite, kFsync, kSync, kLseek, kFtruncate, kAllocateCache, kCalls };
-
-// How this test program's own version of a call behaves. None waits for the disk.
-struct Behaviour {
-  int failures = 0;   // the next so many calls fail ...
-  int error = 0;      // ... with this
-  ssize_t most = -1;  // the bytes that one call moves at most; -1: all
-  int calls = 0;      // so far
-};
-Behaviour& On(Call call);
-
-extern std::string g_removedTree;  // what the host's RemoveDirectoryTree was last given
-
 class FileHandlerTest : public testing::Test {
  protected:
-  ~FileHandlerTest() override;  // every call behaves again
+  ~FileHandlerTest() override { BehaveAgain(); }
+
   // A file in the scratch directory; its path.
-  static std::string Make(const std::string& name, const std::string& bytes);
+  static std::string Make(const std::string& name, const std::string& bytes) {
+    WriteFile(ScratchPath(name), bytes);
+    return ScratchPath(name);
+  }
+
+  bool Open(const std::string& path, OpenFileMode mode, bool truncate = false) {
+    return file.Open(path.c_str(), mode, NLM_BINARY, truncate, false);
+  }
+
+  std::string LastError() const { return file.DisplayLastError(); }
+
+  // That a failure is the last error, and has been traced once.
+  void ExpectTold(int error, const std::string& doing, const std::string& path) {
+    EXPECT_EQ("Error " + std::to_string(error) + " (" + std::strerror(error) + ") " + doing +
+                  " file \"" + path + "\"",
+              LastError());
+    EXPECT_THAT(trace.Texts(), testing::ElementsAre(testing::EndsWith(") - " + LastError() + ".")));
+  }
 
   TFileHandler file;
   TraceLog trace;

@@ -22,8 +22,9 @@ extern "C" const char* CorvoReleaseMarker() {
   return marker.c_str();
 }
 
-// The program that the library believes it runs in: <scratch>/bin/testhost.
-extern "C" DWORD GetModuleFileName(void*, char* buffer, DWORD size) {
+// The program that the library believes it runs in: <scratch>/bin/testhost, unless the test
+// program knows better.
+extern "C" [[gnu::weak]] DWORD GetModuleFileName(void*, char* buffer, DWORD size) {
   static const std::string program = [] {
     corvo_test::MakeDirectory(corvo_test::ScratchPath("bin"));
     return corvo_test::ScratchPath("bin/testhost");
