@@ -134,7 +134,8 @@ class CORVO_API tstring : public std::string {
   static tstring& FromGuid2(GUID const& guid, tstring& out);
 
   // Nothing that goes wrong is thrown. A null format changes nothing and isn't reported; a format
-  // that the C library refuses is traced and makes the (appended) text empty.
+  // that the C library refuses is traced and makes the (appended) text empty. Without memory for
+  // the whole text its first 511 bytes are kept, or else the old text: that is traced too.
   tstring& Format(char const* format, ...) TSTRING_PRINTF(2, 3);
   tstring& FormatV(char const* format, va_list args) TSTRING_PRINTF(2, 0);
   tstring& AppendFormat(char const* format, ...) TSTRING_PRINTF(2, 3);

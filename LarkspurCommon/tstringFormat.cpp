@@ -2,6 +2,7 @@
 
 #include <cxxabi.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -12,8 +13,8 @@
 namespace {
 
 // A pass uses its arguments up, so each gets a copy of its own.
-__attribute__((format(printf, 3, 0))) int Print(char* out, std::size_t size, char const* format,
-                                                va_list args) {
+__attribute__((format(printf, 3, 0))) int PrintPass(char* out, std::size_t size, char const* format,
+                                                    va_list args) {
   va_list copy;
   va_copy(copy, args);
   const int length = std::vsnprintf(out, size, format, copy);
@@ -21,22 +22,31 @@ __attribute__((format(printf, 3, 0))) int Print(char* out, std::size_t size, cha
   return length;
 }
 
-// Sets `out` to the formatted text only when that is complete, as arguments may point into it. A
-// negative result is vsnprintf's refusal. Nearly all texts fit the first pass; longer ones get
-// the exact size, since counting overflow is slow.
-__attribute__((format(printf, 2, 0))) int Print(std::string& out, char const* format,
-                                                va_list args) {
+// Sets `out` to the formatted text only after the last pass, as arguments may point into it: to
+// what the first pass made of it when the memory for a second is refused, which is thrown on. A
+// negative result is vsnprintf's refusal. Nearly all texts fit the first pass; longer ones get the
+// exact size, since counting overflow is slow.
+__attribute__((format(printf, 2, 0))) int PrintText(std::string& out, char const* format,
+                                                    va_list args) {
   char shortText[512];
-  const int length = Print(shortText, sizeof shortText, format, args);
+  const int length = PrintPass(shortText, sizeof shortText, format, args);
   if (length < 0) return length;
   const auto size = static_cast<std::size_t>(length);
   if (size < sizeof shortText) {
     out.assign(shortText, size);
     return length;
   }
-  std::string text(size, '\0');
-  const int again = Print(text.data(), size + 1, format, args);
-  if (again >= 0) out.swap(text);
+  std::string text;
+  try {
+    text.resize(size);
+  } catch (...) {
+    out.assign(shortText, sizeof shortText - 1);
+    throw;
+  }
+  const int again = PrintPass(text.data(), size + 1, format, args);
+  if (again < 0) return again;
+  text.resize(std::min(size, static_cast<std::size_t>(again)));  // the locale may have changed
+  out.swap(text);
   return again;
 }
 
@@ -59,7 +69,7 @@ void GuardFormatting(char const* function, char const* format, Work work) {
 tstring& tstring::FormatV(char const* format, va_list args) {
   if (format == nullptr) return *this;
   GuardFormatting("tstring::FormatV", format, [&] {
-    const int result = Print(*this, format, args);
+    const int result = PrintText(*this, format, args);
     if (result >= 0) return;
     Trace("%s: The following error %d was returned from _vsntprintf (errno=%d) for [%s]\n",
           "tstring::FormatV", result, errno, format);
