@@ -288,6 +288,44 @@ inline bool operator<(std::string const& left, tstring const& right) {
   return right.Compare(left.c_str()) > 0;
 }
 
+// std::string's own would follow a null pointer, which compares here as Compare says: it equals
+// only an empty string. Templates, so that a tstring isn't taken as its own char const*.
+template <class Char>
+using EnableIfNarrow = std::enable_if_t<std::is_same_v<Char const, char const>, bool>;
+
+template <class Char>
+EnableIfNarrow<Char> operator==(tstring const& left, Char* right) {
+  return right == nullptr ? left.Compare(right) == 0 : left.compare(right) == 0;
+}
+template <class Char>
+EnableIfNarrow<Char> operator==(Char* left, tstring const& right) {
+  return right == left;
+}
+template <class Char>
+EnableIfNarrow<Char> operator!=(tstring const& left, Char* right) {
+  return !(left == right);
+}
+template <class Char>
+EnableIfNarrow<Char> operator!=(Char* left, tstring const& right) {
+  return !(right == left);
+}
+template <class Char>
+EnableIfNarrow<Char> operator<=(tstring const& left, Char* right) {
+  return left.Compare(right) <= 0;
+}
+template <class Char>
+EnableIfNarrow<Char> operator<=(Char* left, tstring const& right) {
+  return right.Compare(left) >= 0;
+}
+template <class Char>
+EnableIfNarrow<Char> operator>=(tstring const& left, Char* right) {
+  return left.Compare(right) >= 0;
+}
+template <class Char>
+EnableIfNarrow<Char> operator>=(Char* left, tstring const& right) {
+  return right.Compare(left) <= 0;
+}
+
 // The lower-case hex digit for 0 to 15.
 CORVO_API char NumToHex(unsigned char n);
 

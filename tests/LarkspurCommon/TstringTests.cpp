@@ -181,6 +181,18 @@ TEST(Tstring, Comparisons) {
   EXPECT_FALSE(b < a || a > b || b < "a" || a > "b" || "b" < a || "a" > b);
   EXPECT_TRUE(b < high && a == "a" && "a" == a && a != b && a == std::string("a"));
   EXPECT_FALSE(a < nul || nul < a || "a" > nul);
+  EXPECT_TRUE("a" == a && "a" <= a && a <= "b" && b >= "a" && "b" >= b && "a" != b && b != "a");
+}
+
+TEST(Tstring, NullComparesAsEmpty) {
+  char const* const null = nullptr;
+  const tstring empty, a("a");
+  TraceLog log;
+  EXPECT_TRUE(empty == null && null == empty && empty <= null && null >= empty);
+  EXPECT_TRUE(a != null && null != a && a < null && null > a && a <= null && null >= a);
+  EXPECT_FALSE(empty != null || a >= null || null <= a);
+  const std::vector<std::string> reports(13, "tstring::Compare: Invalid string parameter");
+  EXPECT_EQ(TakeReports(log), reports);
 }
 
 }  // namespace
