@@ -4,8 +4,7 @@
 #include <pthread.h>
 #include <signal.h>
 
-#include <mutex>
-#include <type_traits>
+#include <atomic>
 
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/tstring.h"
@@ -16,9 +15,8 @@ constexpr DWORD kTraceAlways = 0x0000FFFF;
 constexpr DWORD kTraceDetail = 0x000F0008;
 constexpr DWORD kTraceFunction = 0x000F0009;
 
-// Held while the action of SIGTRAP, which is the whole process's, is changed.
-std::mutex g_trapMutex;
-static_assert(std::is_trivially_destructible_v<std::mutex>, "the host may still assert at exit");
+// Set while the action of SIGTRAP, which is the whole process's, is changed.
+std::atomic_flag g_trapping = ATOMIC_FLAG_INIT;
 
 __attribute__((format(printf, 2, 0))) void Emit(DWORD id, char const* format, va_list args) {
   if (format == nullptr) return;
@@ -32,8 +30,7 @@ __attribute__((format(printf, 2, 0))) void Emit(DWORD id, char const* format, va
 
 // A debugger sees the signal although it is ignored. It must not be blocked: it would stay pending
 // and end the process once the previous action is back.
-void StopDebugger() {
-  const std::lock_guard<std::mutex> lock(g_trapMutex);
+void RaiseIgnored() {
   struct sigaction ignore {};
   struct sigaction previousAction {};
   ignore.sa_handler = SIG_IGN;
@@ -46,6 +43,14 @@ void StopDebugger() {
   ::raise(SIGTRAP);
   ::pthread_sigmask(SIG_SETMASK, &previousMask, nullptr);
   ::sigaction(SIGTRAP, &previousAction, nullptr);
+}
+
+// A check that fails during another's stop isn't waited with: it may be a signal handler's, or that
+// of a child forked meanwhile, in which the stop never ends.
+void StopDebugger() {
+  if (g_trapping.test_and_set()) return;
+  RaiseIgnored();
+  g_trapping.clear();
 }
 
 }  // namespace

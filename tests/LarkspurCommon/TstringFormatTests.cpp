@@ -20,6 +20,7 @@ std::atomic<int> g_raising{0};
 std::atomic<bool> g_overlapped{false};
 std::atomic<int> g_passes{0};
 bool g_failOnce = false;
+bool g_trapAgain = false;
 
 }  // namespace
 
@@ -28,6 +29,7 @@ extern "C" int raise(int number) noexcept {
   ++g_raised;
   if (++g_raising > 1) g_overlapped = true;
   std::this_thread::yield();
+  if (std::exchange(g_trapAgain, false)) tstring::TraceAndBreak("again");
   const int result = pthread_kill(pthread_self(), number);
   --g_raising;
   return result;
@@ -153,6 +155,7 @@ TEST(TstringTrap, TheHostMaySwitchItOff) {
   tstring::TraceAndBreak("off");
   EXPECT_EQ(g_raised, 0);
   tstring::m_bTrapInDebugger = true;
+  g_trapAgain = true;
   tstring::TraceAndBreak("on");
   EXPECT_EQ(g_raised, 1);
 }
