@@ -39,7 +39,7 @@ struct NumberText {
   explicit NumberText(int value) { sprintf_s(text, sizeof text, "%d", value); }
   explicit NumberText(unsigned int value) { sprintf_s(text, sizeof text, "%u", value); }
   explicit NumberText(long value) { sprintf_s(text, sizeof text, "%ld", value); }
-  explicit NumberText(unsigned long value) { sprintf_s(text, sizeof text, "%lu", value); }
+  explicit NumberText(unsigned long value) : NumberText(static_cast<DWORD>(value)) {}
   explicit NumberText(long long value) { sprintf_s(text, sizeof text, "%lld", value); }
   explicit NumberText(unsigned long long value) { sprintf_s(text, sizeof text, "%llu", value); }
   explicit NumberText(float value) : NumberText(double{value}) {}

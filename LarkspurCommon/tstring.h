@@ -34,7 +34,8 @@ class CORVO_API tstring : public std::string {
   tstring(tstring const& s, unsigned int pos, unsigned int n);
   tstring(std::string const& s);  // up to its first NUL
   tstring(std::wstring const& s);
-  // Numbers become decimal text, floating-point ones with 20 significant digits.
+  // Numbers become decimal text, floating-point ones with 20 significant digits. An `unsigned long`
+  // counts as its low 32 bits.
   tstring(int value);
   tstring(unsigned int value);
   tstring(long value);

@@ -33,7 +33,7 @@ TEST(Tstring, NumbersBecomeText) {
   ExpectText(INT_MIN, "-2147483648");
   ExpectText(UINT_MAX, "4294967295");
   ExpectText(-2147483647L, "-2147483647");
-  ExpectText(4294967295UL, "4294967295");
+  ExpectText(static_cast<unsigned long>(0x1FFFFFFFFULL), "4294967295");
   ExpectText(LLONG_MIN, "-9223372036854775808");
   ExpectText(ULLONG_MAX, "18446744073709551615");
   ExpectText(0.1f, "0.10000000149011611938");
