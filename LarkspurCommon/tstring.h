@@ -17,8 +17,9 @@
 // with conversions from and to wide strings, numbers and GUIDs, and printf-style formatting.
 //
 // Arguments may point into the string that is changed. A null pointer counts as an empty string:
-// unless a comment says otherwise it is reported with Assert, never dereferenced. Where a count
-// has no bound, 0xFFFFFFFF means all. Wide text that the encoding can't express adds nothing.
+// unless a comment says otherwise it is reported with Assert, never dereferenced. A count that is
+// only an upper bound may be 0xFFFFFFFF, for all. Wide text that the encoding can't express adds
+// nothing.
 //
 // One thread at a time per object; the static functions are safe from any thread.
 class CORVO_API tstring : public std::string {

@@ -9,6 +9,7 @@
 
 namespace {
 
+constexpr char kSource[] = "tstringConvert.cpp";
 constexpr unsigned int kAll = 0xFFFFFFFF;
 constexpr std::size_t kNotConvertible = static_cast<std::size_t>(-1);
 
@@ -80,9 +81,10 @@ bool ReadGuidField(char const*& text, unsigned int limit, Field& field) {
 
 // Reads `count` bytes of two hex digits each, moving `text` past them.
 bool ReadGuidBytes(char const*& text, unsigned char* bytes, int count) {
+  std::ctype<char> const& facet = tstring::Facet();
   for (int i = 0; i < count; ++i, text += 2) {
-    if (!tstring::Facet().is(std::ctype_base::xdigit, text[0])) return false;
-    if (!tstring::Facet().is(std::ctype_base::xdigit, text[1])) return false;
+    if (!facet.is(std::ctype_base::xdigit, text[0])) return false;
+    if (!facet.is(std::ctype_base::xdigit, text[1])) return false;
     bytes[i] = static_cast<unsigned char>(HexToNum(text[0]) << 4 | HexToNum(text[1]));
   }
   return true;
@@ -193,7 +195,7 @@ wchar_t tstring::ConvertToWideChar(char ch) const {
 
 tstring& tstring::FromUTF8(char const* utf8) {
   if (!IsValidString(utf8, kAll)) {
-    Assert("tstringConvert.cpp", __LINE__, "Invalid string passed to tstring::FromUTF8");
+    Assert(kSource, __LINE__, "Invalid string passed to tstring::FromUTF8");
     utf8 = "";
   }
   ConvertToMultiByte(DecodeUTF8(utf8).c_str(), kAll, true);

@@ -8,6 +8,8 @@
 
 namespace {
 
+constexpr char kSource[] = "tstringText.cpp";
+
 void CutAtNul(std::string& s) {
   s.resize(std::strlen(s.c_str()));
 }
@@ -51,7 +53,7 @@ bool operator>(char const* left, tstring const& right) {
 
 int tstring::Find(char const* s) const {
   if (!IsValidString(s, 0)) {
-    Assert("tstringText.cpp", __LINE__, "Invalid string passed to tstring::Find");
+    Assert(kSource, __LINE__, "Invalid string passed to tstring::Find");
     return -1;
   }
   const std::size_t pos = empty() ? npos : find(s);
@@ -132,11 +134,14 @@ int tstring::Replace(char const* from, char const* to) {
   if (to == nullptr) to = "";
   if (std::strcmp(from, to) == 0) return 0;
   const std::size_t length = std::strlen(from);
+  std::size_t pos = find(from, 0, length);
+  if (pos == npos) return 0;
   std::string result;  // apart from this string, which from and to may point into
   std::size_t copied = 0;
   int count = 0;
-  for (std::size_t pos; (pos = find(from, copied, length)) != npos; copied = pos + length) {
+  for (; pos != npos; pos = find(from, copied, length)) {
     result.append(*this, copied, pos - copied).append(to);
+    copied = pos + length;
     ++count;
   }
   result.append(*this, copied, npos);
