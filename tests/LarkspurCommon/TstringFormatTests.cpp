@@ -38,7 +38,7 @@ namespace {
 using Texts = std::vector<std::string>;
 
 TEST(TstringFormat, EveryLength) {
-  for (const std::size_t length : {0, 511, 512, 513, 5000}) {
+  for (const std::size_t length : {0u, 511u, 512u, 513u, 5000u}) {
     const std::string text(length, 'x');
     EXPECT_EQ(tstring("ab").AppendFormat("%s%d", text.c_str(), 7), "ab" + text + "7") << length;
   }
