@@ -7,7 +7,7 @@
 
 #include <climits>
 #include <cstdlib>
-#include <regex>
+#include <cstring>
 #include <utility>
 
 #include "support/TraceLog.h"
@@ -82,6 +82,18 @@ TEST(Tstring, ArgumentsMayPointIntoTheString) {
   EXPECT_EQ(s.FromUTF8(s.c_str() + 600), "<ababc>");
 }
 
+// "string Find tstringText" for "Assertion failed: Invalid string passed to tstring::Find, file
+// tstringText.cpp, line 60"; other lines as they are.
+std::string Brief(std::string line) {
+  if (line.rfind("Assertion failed: ", 0) != 0) return line;
+  const std::pair<const char*, const char*> parts[] = {
+      {"Assertion failed: Invalid ", ""}, {" passed to tstring::", " "}, {", file ", " "}};
+  for (const auto& [part, shown] : parts) line.replace(line.find(part), std::strlen(part), shown);
+  const std::size_t place = line.find(".cpp, line ");
+  EXPECT_GT(std::atoi(line.c_str() + place + std::strlen(".cpp, line ")), 0);
+  return line.substr(0, place);
+}
+
 TEST(Tstring, NullPointersAreReportedAndEmpty) {
   constexpr char const* kNull = nullptr;
   constexpr unsigned char const* kNullBytes = nullptr;
@@ -100,10 +112,8 @@ TEST(Tstring, NullPointersAreReportedAndEmpty) {
   EXPECT_EQ(tstring("a").Format(kNull).TrimLeft(kNull).TrimRight(kNull).Replace(kNull, ""), 0);
   const std::vector<std::string> lines = log.Texts(0x0F, '8');
   EXPECT_NE(lines.at(0), lines.at(1));  // alike but for the line
-  const std::regex assertion(
-      "Assertion failed: Invalid (.*) passed to tstring::(.*), file (.*).cpp, line [1-9][0-9]*");
   std::string reports;
-  for (auto const& line : lines) reports += std::regex_replace(line, assertion, "$1 $2 $3") + "; ";
+  for (auto const& line : lines) reports += Brief(line) + "; ";
   EXPECT_EQ(reports,
             "string tstring tstring; string tstring tstring; "
             "string operator= tstring; string operator= tstring; wide string operator= tstring; "
