@@ -2,6 +2,7 @@
 #define LARKSPURCOMMON_FILEHANDLER_H
 
 #include <cstddef>
+#include <ctime>
 #include <memory>
 
 #include "LarkspurCommon/tstring.h"
@@ -101,6 +102,48 @@ class CORVO_API TFileHandler {
   // Gives `to`, which must be readable, the permission bits of `from` and its owner and group, as
   // far as the process may and the file system can.
   static bool CopyOwnerAndMode(const char* from, const char* to);
+
+  // What the file system knows of a file. By name, a path that is null, empty or not found gives
+  // false (0 for the size) without a message; so does a closed object. `time_t` is the C library's
+  // default one, 32 bits on i386: where it can't hold a file's time, GetLastWriteTime fails with
+  // EOVERFLOW. The SYSTEMTIME forms hold every year up to 65535.
+  static LONGLONG GetFileSize(const char* path);  // EOVERFLOW from 2 GiB on
+  bool GetLastWriteTime(SYSTEMTIME& utc);
+  bool GetCreationTime(SYSTEMTIME& utc);  // of the last change of status: there is no other
+  static bool GetLastWriteTime(const char* path, time_t& time);  // -1 when false
+  static bool GetLastWriteTime(const char* path, SYSTEMTIME& utc);
+  // Takes local time, where the getters give UTC. Fields beyond their range carry over.
+  static bool SetLastWriteTime(const char* path, SYSTEMTIME& local);
+
+  // Whether a file has appeared, gone, or been written since the last call. The caller keeps both
+  // variables for the next one and starts with false and any time: one that differs from the
+  // file's makes the first call true. `lastWriteTime` is a mark to compare with, in whole seconds:
+  // where time_t is too narrow it holds the time's low bits.
+  static bool HasFileChanged(const char* path, bool& exists, time_t& lastWriteTime);
+
+  // A hidden file's name begins with a dot. False when the file couldn't be renamed (an existing
+  // file is never replaced); true also when there was nothing to do or no such file. The owner of a
+  // renamed file may read and write it.
+  static bool MakeHidden(const char* path);
+  static bool MakeVisible(const char* path);
+
+  // Finds a path on the disk whatever its letter case, hidden files by their visible names too.
+  // `out` holds MAX_PATH characters and may be `path`. True when it names what exists. Otherwise it
+  // has as much as was found, with the rest as given: all of it when the path is relative, or when
+  // what was found doesn't fit; nothing when the path itself doesn't. A null or empty `path` asks
+  // whether `out` names what exists. The wide form writes nothing when false.
+  static bool GetFileNameFromDisk(char* out, const char* path);
+  static bool GetFileNameFromDisk(wchar_t* out, const wchar_t* path);
+
+  // The whole file's CRC-32 as 8 and MD5 digest as 32 lower-case hexadecimal digits. The getters
+  // generate a text once: it stays as it is whatever is opened or written later. The generators
+  // read the file to its end, or to where a read fails, and go back to where the reader was. A
+  // closed object's file is opened again and left open. `clock` is an os_clock() value: once it is
+  // 2 ms old, each block of 16 KiB is followed by a pause of 10 ms and a new value.
+  const char* GetCRC(unsigned long& clock);
+  const char* GetHash(unsigned long& clock);
+  void GenerateCRC(unsigned long& clock);
+  void GenerateHash(unsigned long& clock);
 
  private:
   static constexpr DWORD kCacheSize = 16384;

@@ -9,6 +9,7 @@
 #include "LarkspurCommon/FileHandler.h"
 #include "LarkspurCommon/FileHandlerBoundary.h"
 #include "LarkspurCommon/FileHandlerPaths.h"
+#include "LarkspurCommon/FileHandlerReport.h"
 #include "LarkspurCommon/FileHandlerSystem.h"
 #include "platform/Attributes.h"
 #include "platform/HoldCancellation.h"
@@ -21,13 +22,6 @@ namespace {
 constexpr char kFlushToDisk[] = "static bool TFileHandler::FlushToDisk(const TCHAR*)";
 constexpr char kCopyOwnerAndMode[] =
     "static bool TFileHandler::CopyOwnerAndMode(const TCHAR*, const TCHAR*)";
-
-bool Report(const char* label, int error, const char* doing, const char* path) {
-  tstring text;
-  LogFileError(2, "%s - Error %lu (%s) %s \"%s\".", label, static_cast<unsigned long>(error),
-               text.GetErrorText(error).c_str(), doing, path);
-  return false;
-}
 
 // Opens what stands under a path for an action that is false with errno set. 0, or what failed.
 template <class Action>
@@ -55,7 +49,7 @@ bool TFileHandler::FlushToDisk(const char* path) {
   return AtBoundary(kFlushToDisk, __LINE__, false, [&] {
     const tstring fullPath = ResolveBareName(path);
     const int error = FlushByName(FoundPath(fullPath.c_str()).Text());
-    return error == 0 || Report(kFlushToDisk, error, "flushing file", fullPath.c_str());
+    return error == 0 || ReportFailure(kFlushToDisk, error, "flushing file", fullPath.c_str());
   });
 }
 
@@ -65,13 +59,14 @@ bool TFileHandler::CopyOwnerAndMode(const char* from, const char* to) {
     const tstring target = ResolveBareName(to);
     struct statx status;
     if (!GetStatus(FoundPath(source.c_str()).Text(), status)) {
-      return Report(kCopyOwnerAndMode, errno, "obtaining status information for", source.c_str());
+      return ReportFailure(kCopyOwnerAndMode, errno, "obtaining status information for",
+                           source.c_str());
     }
     const int error = WithDescriptor(FoundPath(target.c_str()).Text(), [&](int descriptor) {
       return platform::GiveAttributes(descriptor,
                                       {status.stx_uid, status.stx_gid, status.stx_mode});
     });
     return error == 0 ||
-           Report(kCopyOwnerAndMode, error, "changing owner and mode of", target.c_str());
+           ReportFailure(kCopyOwnerAndMode, error, "changing owner and mode of", target.c_str());
   });
 }

@@ -7,6 +7,7 @@
 #include "LarkspurCommon/FileHandler.h"
 #include "LarkspurCommon/FileHandlerBoundary.h"
 #include "LarkspurCommon/FileHandlerPaths.h"
+#include "LarkspurCommon/FileHandlerReport.h"
 #include "LarkspurCommon/FileLayerSettings.h"
 #include "LarkspurCommon/XTTime.h"
 #include "platform/Win32Compat.h"
@@ -41,12 +42,8 @@ bool DeleteTree(const DiskEntry& directory) {
 }
 
 bool DeleteNamedFile(const DiskEntry& entry, const tstring& path) {
-  if (::unlink(entry.Path()) == 0) return true;
-  const int error = errno;
-  tstring text;
-  LogFileError(2, "%s - Error %lu (%s) deleting file \"%s\".", kDeleteByName,
-               static_cast<unsigned long>(error), text.GetErrorText(error).c_str(), path.c_str());
-  return false;
+  return ::unlink(entry.Path()) == 0 ||
+         ReportFailure(kDeleteByName, errno, "deleting file", path.c_str());
 }
 
 // A handler's path is spelled as on disk. Found under another spelling, it is another file: the one
