@@ -7,6 +7,8 @@
 
 namespace {
 
+using Self = AnsiString&;
+
 constexpr char kBlanks[] = " \n\r\t";
 
 bool IsInside(AnsiString const& s, long long position) {
@@ -58,37 +60,42 @@ AnsiString::~AnsiString() {
   std::free(m_wide);
 }
 
+AnsiString& AnsiString::operator=(AnsiString const& s) {
+  if (this != &s) tstring::operator=(s);
+  return *this;
+}
+
 AnsiString& AnsiString::operator=(char ch) {
   return *this = tstring(ch);
 }
 
-#define DEFINE_OPERATOR(symbol, Operand)                   \
-  AnsiString& AnsiString::operator symbol(Operand value) { \
-    tstring::operator symbol(value);                       \
-    return *this;                                          \
+#define DEFINE_AS_INHERITED(Operator, Operand) \
+  Self AnsiString::Operator(Operand value) {   \
+    tstring::Operator(value);                  \
+    return *this;                              \
   }
-DEFINE_OPERATOR(=, AnsiString const&)
-DEFINE_OPERATOR(=, tstring const&)
-DEFINE_OPERATOR(=, char const*)
-DEFINE_OPERATOR(=, wchar_t const*)
-DEFINE_OPERATOR(=, unsigned char const*)
-DEFINE_OPERATOR(+=, long)
-DEFINE_OPERATOR(+=, int)
-DEFINE_OPERATOR(+=, unsigned int)
-DEFINE_OPERATOR(+=, unsigned long)
-DEFINE_OPERATOR(+=, char)
-DEFINE_OPERATOR(+=, unsigned char)
-DEFINE_OPERATOR(+=, wchar_t)
-DEFINE_OPERATOR(+=, AnsiString const&)
-DEFINE_OPERATOR(+=, char const*)
-DEFINE_OPERATOR(+=, wchar_t const*)
-DEFINE_OPERATOR(+=, unsigned char const*)
-#undef DEFINE_OPERATOR
+DEFINE_AS_INHERITED(operator=, tstring const&)
+DEFINE_AS_INHERITED(operator=, char const*)
+DEFINE_AS_INHERITED(operator=, wchar_t const*)
+DEFINE_AS_INHERITED(operator=, unsigned char const*)
+DEFINE_AS_INHERITED(operator+=, long)
+DEFINE_AS_INHERITED(operator+=, int)
+DEFINE_AS_INHERITED(operator+=, unsigned int)
+DEFINE_AS_INHERITED(operator+=, unsigned long)
+DEFINE_AS_INHERITED(operator+=, char)
+DEFINE_AS_INHERITED(operator+=, unsigned char)
+DEFINE_AS_INHERITED(operator+=, wchar_t)
+DEFINE_AS_INHERITED(operator+=, AnsiString const&)
+DEFINE_AS_INHERITED(operator+=, char const*)
+DEFINE_AS_INHERITED(operator+=, wchar_t const*)
+DEFINE_AS_INHERITED(operator+=, unsigned char const*)
+#undef DEFINE_AS_INHERITED
 
 AnsiString::operator wchar_t const*() const {
-  wchar_t* const previous = m_wide;  // freed last: two calls in a row give different buffers
-  Convert(*this, &m_wide);
-  std::free(previous);
+  wchar_t* wide = nullptr;
+  Convert(*this, &wide);  // before the free, so that two calls in a row give different buffers
+  std::free(m_wide);
+  m_wide = wide;
   return m_wide != nullptr ? m_wide : bstrEmpty;
 }
 

@@ -13,16 +13,18 @@
 
 class AnsiString;
 
-// What stands beside an AnsiString in an expression. Operators for the exact types: an AnsiString
-// is a tstring and a tstring becomes an AnsiString, so that either's operators match as well.
+// What stands beside an AnsiString in an expression. The operators take it as it is: an AnsiString
+// is a tstring and a tstring becomes an AnsiString, so that after any conversion the operators of
+// tstring, std::string and plain pointers fit as well.
 namespace ansi_operand {
 
 template <class T>
 inline constexpr bool kIsAnsiString = std::is_base_of_v<AnsiString, std::decay_t<T>>;
 
 template <class T>
-inline constexpr bool kIsCString =
-    std::is_pointer_v<std::decay_t<T>>&& std::is_convertible_v<std::decay_t<T>, char const*>;
+inline constexpr bool kIsString = std::is_base_of_v<std::string, std::decay_t<T>> ||
+                                  (std::is_pointer_v<std::decay_t<T>> &&
+                                   std::is_convertible_v<std::decay_t<T>, char const*>);
 
 template <class T>
 using IfNumber =
@@ -30,12 +32,12 @@ using IfNumber =
 
 template <class T>
 using IfJoins =
-    std::enable_if_t<!kIsAnsiString<T> && !kIsCString<T> && std::is_constructible_v<tstring, T>,
+    std::enable_if_t<!kIsAnsiString<T> && !std::is_same_v<std::decay_t<T>, char const*> &&
+                         std::is_constructible_v<tstring, T>,
                      int>;
 
 template <class T>
-using IfCompares = std::enable_if_t<
-    !kIsAnsiString<T> && (kIsCString<T> || std::is_base_of_v<std::string, std::decay_t<T>>), int>;
+using IfCompares = std::enable_if_t<!kIsAnsiString<T> && kIsString<T>, int>;
 
 inline char const* Text(char const* s) {
   return s;
@@ -197,7 +199,8 @@ CORVO_API AnsiString operator+(AnsiString const& left, AnsiString const& right);
 CORVO_API AnsiString operator+(AnsiString const& left, char const* right);
 CORVO_API AnsiString operator+(char const* left, AnsiString const& right);
 
-// The empty text that a wide conversion gives when it has no other. Not to be written to.
+// The empty text that a wide conversion gives when it has no other. Never to be written to; not
+// const only since operator wchar_t* gives it as well.
 extern CORVO_API wchar_t bstrEmpty[1];
 
 // The value of a text of digits alone, at most INT_MAX; `def` for any other, "-1" and "" included.
@@ -215,8 +218,9 @@ CORVO_API AnsiString StringReplace(char const* text, char const* from, char cons
 // is 0. Returns the length of `src`: truncated if that is `size` or more. They must not overlap.
 //
 // A C library's own function does the same. Where its size_t is an `unsigned int` this declares
-// that function once more (hence noexcept), elsewhere the two overload each other.
-CORVO_API unsigned int strlcpy(char* dst, char const* src, unsigned int size) noexcept;
+// that function once more, hence noexcept, and the export mark only at the definition (Clang wants
+// none behind an inline one); elsewhere the two overload each other.
+unsigned int strlcpy(char* dst, char const* src, unsigned int size) noexcept;
 
 // Sizes of other types, which may lie between the two. A negative one counts as 0.
 template <class Size, class = std::enable_if_t<std::is_integral_v<Size>>>
