@@ -2,6 +2,7 @@
 #define LARKSPURCOMMON_TSTRING_H
 
 #include <atomic>
+#include <cctype>  // takes away the macros of the C library that members are named like
 #include <cstdarg>
 #include <cstddef>
 #include <locale>
@@ -152,7 +153,29 @@ class CORVO_API tstring : public std::string {
   // comes after any other (-1).
   int Compare(char const* s, unsigned int n = 0x7FFFFFFF) const;
   int CompareNoCase(char const* s, unsigned int n = 0x7FFFFFFF) const;
-  int Find(char const* s) const;  // -1: not found, or this string is empty
+  int Find(char const* s) const;         // -1: not found, or this string is empty
+  int ReverseFind(char const* s) const;  // the last occurrence
+
+  // The leading run of characters that are, or aren't, in `set`, ending at a NUL. A null set is
+  // reported with TraceAndBreak and gives nothing.
+  tstring SpanIncluding(char const* set) const;
+  tstring SpanExcluding(char const* set) const;
+
+  // How many characters stand before the first (fromEnd: the last) occurrence of s, and how many
+  // from there to the end: 0 when s is empty or not found.
+  int LengthToSubString(tstring const& s, bool fromEnd) const;
+  int LengthFromSubString(tstring const& s, bool fromEnd) const;
+  tstring CopyToSubString(tstring const& s, bool fromEnd) const;
+  tstring CopyFromSubString(tstring const& s, bool fromEnd) const;
+
+  // Whether all characters are of a kind; an empty string is of none. IsCharType takes a mask of
+  // std::ctype_base and looks at n characters from pos on, to the end if fewer remain: true when
+  // pos is the end itself, false when it lies past it.
+  bool IsCharType(unsigned short mask, unsigned int pos = 0, unsigned int n = 0xFFFFFFFF) const;
+  bool isdigit() const;
+  bool isxdigit() const;
+  bool isbdigit() const;  // '0' and '1'
+  bool isASCII() const;
 
   tstring Left(unsigned int n) const;
   tstring Mid(unsigned int pos) const;
