@@ -183,6 +183,7 @@ class CORVO_API tstring : public std::string {
 
   tstring& MakeUpper();
   tstring& MakeLower();
+  tstring& MakeReverse();
 
   // Every trim first cuts the string at its first NUL. Without an argument white space goes; a null
   // or empty set, which isn't reported, takes nothing.
@@ -200,8 +201,16 @@ class CORVO_API tstring : public std::string {
   int Replace(char const* from, char const* to);
   int Remove(char ch);
 
-  // Strips `pad` at both ends, then fills on the right or cuts to exactly n characters.
+  // Each returns the new length. At or past the end they append.
+  unsigned int Insert(unsigned int pos, char ch);
+  unsigned int Insert(unsigned int pos, char const* s);
+
+  // Each strips `pad` at both ends, then fills or cuts to exactly n characters: on the right, on
+  // the left, or on both sides, an odd one on the right. More than memory holds is thrown, as
+  // std::string does.
   tstring& LeftJustify(unsigned int n, char pad = ' ');
+  tstring& RightJustify(unsigned int n, char pad = ' ');
+  tstring& Center(unsigned int n, char pad = ' ');
 
   // A copy of the global locale as it was at the first call, and its character classes.
   static std::locale const& Locale();

@@ -155,9 +155,3 @@ int tstring::Remove(char ch) {
   erase(kept, end());
   return static_cast<int>(removed);
 }
-
-tstring& tstring::LeftJustify(unsigned int n, char pad) {
-  TrimLeft(pad).TrimRight(pad);
-  resize(n, pad);
-  return *this;
-}

@@ -1,4 +1,4 @@
-// Searching and classes of characters.
+// Searching, justifying and inserting.
 
 #include <gtest/gtest.h>
 
@@ -22,6 +22,19 @@ TEST(TstringSearch, PartsAndClasses) {
   EXPECT_FALSE(mixed.IsCharType(std::ctype_base::xdigit, 3, kAll) || mixed.Left(3).isdigit());
   EXPECT_TRUE(tstring("\x7F").isASCII() && !tstring().isASCII());
   EXPECT_FALSE(tstring().isdigit() || tstring("02").isbdigit());
+}
+
+TEST(TstringChange, JustificationAndInsertion) {
+  EXPECT_EQ(tstring("*ab**").RightJustify(4, '*'), "**ab");
+  EXPECT_EQ(tstring("abcd*").RightJustify(3, '*'), "bcd");
+  EXPECT_EQ(tstring("*ab*").Center(5, '*'), "*ab**");
+  EXPECT_EQ(tstring("**abcde*").Center(3, '*'), "bcd");
+  EXPECT_EQ(tstring("abcd").Center(3, '*'), "abc");
+  tstring s("abc");
+  EXPECT_EQ(s.Insert(1, s.c_str() + 1), 5u);
+  EXPECT_EQ(s.Insert(0, '<'), 6u);
+  EXPECT_EQ(s.Insert(kAll, '>') + s.Insert(kAll, "-"), 7u + 8u);
+  EXPECT_EQ(s.MakeReverse(), "->cbcba<");
 }
 
 }  // namespace
