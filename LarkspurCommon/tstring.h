@@ -8,6 +8,7 @@
 #include <locale>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "platform/Export.h"
 #include "platform/Win32Types.h"
@@ -211,6 +212,22 @@ class CORVO_API tstring : public std::string {
   tstring& LeftJustify(unsigned int n, char pad = ' ');
   tstring& RightJustify(unsigned int n, char pad = ' ');
   tstring& Center(unsigned int n, char pad = ' ');
+
+  // Puts n `pad` in place of each run of white space before a word; one at the end stays.
+  tstring& Space(unsigned int n, char pad = ' ');
+
+  // Words are what white space separates, the first is number 1. `count` of them, at least one, are
+  // selected with all that stands between them; with fewer there, all to the end of the string.
+  // There is no such selection when word `first` doesn't exist.
+  unsigned int NumWords() const;
+  tstring Words(unsigned int first, unsigned int count) const;
+  // False: no such selection, and both positions are as they were. `end` is one past the last.
+  bool GetSelectedWords(unsigned int first, unsigned int count, unsigned int& begin,
+                        unsigned int& end) const;
+
+  // Adds what stands before, between and behind the delimiters, each a single byte, to `tokens`:
+  // empty ones too. The last one remains in `text`.
+  static void Tokenize(tstring& text, char const* delimiters, std::vector<tstring>& tokens);
 
   // A copy of the global locale as it was at the first call, and its character classes.
   static std::locale const& Locale();

@@ -1,12 +1,25 @@
-// Searching, justifying and inserting.
+// Searching, justifying, words and tokens, where it can be against
+// the standard library's readers and printers.
 
 #include <gtest/gtest.h>
+
+#include <sstream>
+#include <vector>
 
 #include "LarkspurCommon/tstring.h"
 
 namespace {
 
 constexpr unsigned int kAll = 0xFFFFFFFF;
+
+// Every text of at most `longest` of these letters.
+std::vector<std::string> TextsOf(std::string const& letters, std::size_t longest) {
+  std::vector<std::string> texts{""};
+  for (std::size_t i = 0; texts[i].size() < longest; ++i) {
+    for (const char letter : letters) texts.push_back(texts[i] + letter);
+  }
+  return texts;
+}
 
 TEST(TstringSearch, PartsAndClasses) {
   const tstring s("abcbcd"), mixed("12aF\xE9");
@@ -35,6 +48,32 @@ TEST(TstringChange, JustificationAndInsertion) {
   EXPECT_EQ(s.Insert(0, '<'), 6u);
   EXPECT_EQ(s.Insert(kAll, '>') + s.Insert(kAll, "-"), 7u + 8u);
   EXPECT_EQ(s.MakeReverse(), "->cbcba<");
+}
+
+TEST(TstringWords, AreWhatStreamsRead) {
+  for (std::string const& text : TextsOf("a \n", 6)) {
+    std::istringstream stream(text);
+    unsigned int count = 0;
+    std::string spaced;
+    for (std::string word; stream >> word;) {
+      ASSERT_EQ(tstring(text).Words(++count, 1), word);
+      spaced += (count == 1 && text[0] == 'a' ? "" : "--") + word;
+    }
+    ASSERT_EQ(tstring(text).NumWords(), count);
+    ASSERT_EQ(tstring(text).Space(2, '-'), spaced + text.substr(text.rfind('a') + 1));
+  }
+  const tstring s(" a\tbc  d ");
+  EXPECT_EQ(s.Words(1, 2) + "," + s.Words(2, 0) + "," + s.Words(2, 2), "a\tbc,bc,bc  d");
+  EXPECT_EQ(s.Words(2, 3) + s.Words(3, kAll) + s.Words(0, kAll) + s.Words(kAll, kAll), "bc  d d ");
+}
+
+TEST(TstringWords, Tokens) {
+  std::vector<tstring> tokens{"a,,b;", ",;"};
+  tstring::Tokenize(tokens[0], tokens[1], tokens);
+  EXPECT_EQ(tokens, (std::vector<tstring>{"", ",;", "a", "", "b", ""}));
+  tstring text("c,d");
+  tstring::Tokenize(text, text.c_str() + 1, tokens);
+  EXPECT_EQ(tokens.back() + text, "");
 }
 
 }  // namespace
