@@ -225,6 +225,26 @@ class CORVO_API tstring : public std::string {
   bool GetSelectedWords(unsigned int first, unsigned int count, unsigned int& begin,
                         unsigned int& end) const;
 
+  // From bits ("01"), characters, decimal and hex digits to each other: text that isn't all of the
+  // kind gives an empty string. Digits are grouped from the right; leading zeros count like others,
+  // but d2x gives none. Decimal values are taken modulo 2^64.
+  static tstring b2x(tstring const& bits);
+  static tstring b2c(tstring const& bits);
+  static tstring b2d(tstring const& bits);
+  static tstring c2b(tstring const& bytes);
+  static tstring c2x(tstring const& bytes);
+  static tstring c2d(tstring const& bytes);
+  static tstring x2b(tstring const& hex);
+  static tstring x2c(tstring const& hex);
+  static tstring x2d(tstring const& hex);
+  static tstring d2x(tstring const& decimal);  // "" for 0, as the next two
+  static tstring d2b(tstring const& decimal);
+  static tstring d2c(tstring const& decimal);
+  // Convert the string itself, in place.
+  tstring& x2b();
+  tstring& x2c();
+  tstring& x2d();
+
   // Adds what stands before, between and behind the delimiters, each a single byte, to `tokens`:
   // empty ones too. The last one remains in `text`.
   static void Tokenize(tstring& text, char const* delimiters, std::vector<tstring>& tokens);

@@ -1,8 +1,10 @@
-// Searching, justifying, words and tokens, where it can be against
+// Searching, justifying, words, tokens and radix conversions, where it can be against
 // the standard library's readers and printers.
 
 #include <gtest/gtest.h>
 
+#include <bitset>
+#include <cstdio>
 #include <sstream>
 #include <vector>
 
@@ -74,6 +76,33 @@ TEST(TstringWords, Tokens) {
   tstring text("c,d");
   tstring::Tokenize(text, text.c_str() + 1, tokens);
   EXPECT_EQ(tokens.back() + text, "");
+}
+
+TEST(TstringRadix, NumbersAsTheLibraryPrintsThem) {
+  for (const unsigned long long value : {1ull, 0xA5ull, 0x100ull, 0x123456789ABCDEF0ull, ~0ull}) {
+    char text[17];
+    std::snprintf(text, sizeof text, "%016llx", value);
+    const tstring bits(std::bitset<64>(value).to_string()), hex(text);
+    const std::string decimal = std::to_string(value);
+    EXPECT_EQ(tstring::x2d("f" + hex) + tstring::b2d("1" + bits), decimal + decimal);
+    EXPECT_EQ(tstring::c2d(tstring::d2c(decimal)), decimal);
+    EXPECT_EQ(tstring::d2x(decimal), tstring(hex).TrimLeft('0'));
+    EXPECT_EQ(tstring::d2b(decimal).RightJustify(64, '0'), tstring(bits).RightJustify(64, '0'));
+    EXPECT_EQ(tstring::b2x(bits) + tstring::x2b(hex), hex + bits);
+  }
+}
+
+TEST(TstringRadix, DigitsAndBytes) {
+  EXPECT_EQ(tstring::d2x("255") + tstring::d2x("18446744073709551618") + tstring::d2b("0"), "ff2");
+  EXPECT_EQ(tstring::b2x("101111") + tstring::b2c("101000010"), "2f\x01\x42");
+  EXPECT_EQ(tstring::c2x("AB\xFF") + tstring::c2b("\x81"), "4142ff10000001");
+  EXPECT_EQ(tstring("FF").x2d() + tstring("5A").x2b() + tstring("41424").x2c(),
+            "25501011010\x04\x14\x24");
+  for (const char* other : {"", "2g", "-1", " 1"}) {
+    EXPECT_EQ(tstring::b2x(other) + tstring::b2c(other) + tstring::b2d(other), "") << other;
+    EXPECT_EQ(tstring::x2b(other) + tstring::x2c(other) + tstring::x2d(other), "") << other;
+    EXPECT_EQ(tstring::d2x(other) + tstring::d2b(other) + tstring::d2c(other), "") << other;
+  }
 }
 
 }  // namespace
