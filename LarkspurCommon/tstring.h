@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <locale>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -245,6 +246,11 @@ class CORVO_API tstring : public std::string {
   tstring& x2c();
   tstring& x2d();
 
+  // Compares the whole string with `pattern`, in which '?' stands for one character and '*' for one
+  // or more; case doesn't count. Returns -1, or a score that is higher the less the wildcards had
+  // to match, up to INT_MAX. Takes time in proportion to the product of both lengths at worst.
+  int Matches(char const* pattern) const;
+
   // Adds what stands before, between and behind the delimiters, each a single byte, to `tokens`:
   // empty ones too. The last one remains in `text`.
   static void Tokenize(tstring& text, char const* delimiters, std::vector<tstring>& tokens);
@@ -270,6 +276,9 @@ class CORVO_API tstring : public std::string {
   static std::atomic<bool> m_bTrapInDebugger;  // whether TraceAndBreak stops a debugger
 
  private:
+  CORVO_LOCAL static int InternalMatches(std::string_view subject, std::string_view pattern,
+                                         bool afterStar);
+
   static std::locale const* m_pLoc;
 };
 

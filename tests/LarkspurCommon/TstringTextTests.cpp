@@ -1,14 +1,16 @@
-// Searching, justifying, words, tokens and radix conversions, where it can be against
+// Searching, justifying, words, tokens, radix conversions and wildcards, where it can be against
 // the standard library's readers and printers.
 
 #include <gtest/gtest.h>
 
 #include <bitset>
+#include <climits>
 #include <cstdio>
 #include <sstream>
 #include <vector>
 
 #include "LarkspurCommon/tstring.h"
+#include "support/TraceLog.h"
 
 namespace {
 
@@ -103,6 +105,62 @@ TEST(TstringRadix, DigitsAndBytes) {
     EXPECT_EQ(tstring::x2b(other) + tstring::x2c(other) + tstring::x2d(other), "") << other;
     EXPECT_EQ(tstring::d2x(other) + tstring::d2b(other) + tstring::d2c(other), "") << other;
   }
+}
+
+// The definition itself: a star opens a level at each start in turn.
+int Score(std::string const& subject, std::string const& pattern, bool afterStar) {
+  int score = 0;
+  std::size_t i = afterStar ? 1 : 0;
+  for (; i < pattern.size() && pattern[i] != '*'; ++i) {
+    if (i >= subject.size() || (pattern[i] != '?' && pattern[i] != subject[i])) return -1;
+    score += pattern[i] == '?' ? 1 : static_cast<int>(subject.size());
+  }
+  if (i == pattern.size()) return i == subject.size() ? score : -1;
+  for (std::size_t start = i; start < subject.size(); ++start) {
+    const int rest = Score(subject.substr(start), pattern.substr(i), true);
+    if (rest >= 0) return score + rest;
+  }
+  return -1;
+}
+
+TEST(TstringMatch, ScoresAsDefined) {
+  const std::vector<std::string> patterns = TextsOf("ab?*", 5);
+  for (std::string const& subject : TextsOf("ab", 6)) {
+    for (std::string const& pattern : patterns) {
+      const int score = Score(subject, pattern, false);
+      ASSERT_EQ(tstring(subject).Matches(pattern.c_str()), score) << subject << " " << pattern;
+    }
+  }
+  EXPECT_EQ(tstring("aBc").Matches("A*C"), 5);
+  EXPECT_EQ(tstring("a\0b", 3).Matches("a?B"), 7);
+}
+
+TEST(TstringMatch, LongTextIsNoTrouble) {
+  const tstring as('a', 100000);
+  EXPECT_EQ(as.Matches("*a*a*a*a*a*a*a*a*b"), -1);
+  EXPECT_EQ(as.Matches(tstring('*', 100000)), 0);
+  EXPECT_EQ(as.Matches(as), INT_MAX);
+  EXPECT_EQ(as.Matches(as.Left(30000) + "*" + as.Left(30000)), INT_MAX);
+}
+
+TEST(TstringText, NullPointersOfTheTextOperationsAreReported) {
+  constexpr char const* kNull = nullptr;
+  const corvo_test::TraceLog log;
+  std::vector<tstring> tokens;
+  tstring s("a");
+  tstring::Tokenize(s, kNull, tokens);
+  EXPECT_EQ(tokens, std::vector<tstring>{s});
+  EXPECT_EQ(s.ReverseFind(kNull), -1);
+  EXPECT_EQ(tstring().Matches(kNull), 0);
+  EXPECT_EQ(s.SpanIncluding(kNull), "");
+  EXPECT_EQ(s.SpanExcluding(kNull), "");
+  EXPECT_EQ(s.Insert(0, kNull), 1u);
+  std::string reports;
+  for (auto const& line : log.Texts(0x0F, '8')) {
+    const std::size_t name = line.find("tstring::") + 9;
+    reports += line.substr(name, line.find_first_of(",:", name) + 1 - name);
+  }
+  EXPECT_EQ(reports, "Tokenize,Find,Matches,SpanIncluding:SpanExcluding:Insert,");
 }
 
 }  // namespace
