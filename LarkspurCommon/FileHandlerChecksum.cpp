@@ -6,9 +6,8 @@
 
 #include "LarkspurCommon/FileHandler.h"
 #include "LarkspurCommon/FileHandlerBoundary.h"
-#include "LarkspurCommon/XTTime.h"
+#include "LarkspurCommon/Pacing.h"
 #include "LarkspurCommon/md5.h"
-#include "platform/Win32Compat.h"
 
 using namespace file_layer;
 
@@ -20,17 +19,11 @@ constexpr char kGenerateHash[] = "void TFileHandler::GenerateHash(SQLUINTEGER&)"
 constexpr DWORD kBlockSize = 16384;
 static_assert(kBlockSize <= 0xFFFF, "MD5Update takes a block at once");
 
-constexpr unsigned long kWorkTime = 2;  // milliseconds
-constexpr DWORD kPause = 10;            // milliseconds
+constexpr DWORD kWorkTime = 2;  // milliseconds
+constexpr DWORD kPause = 10;    // milliseconds
 
 constexpr boost::uint32_t kInitialRemainder = 0xFFFFFFFF;
 constexpr std::size_t kDigestSize = 16;
-
-void PauseWhenDue(unsigned long& clock) {
-  if (!os_expired(clock, kWorkTime)) return;
-  Sleep(kPause);
-  clock = os_clock();
-}
 
 // Gives `feed` the rest of the file, whatever its newline mode. Without memory, nothing.
 template <class Feed>
@@ -40,7 +33,7 @@ void FeedBlocks(TFileHandler& file, unsigned long& clock, Feed feed) {
   DWORD size;
   while (file.CachedRead(block.get(), kBlockSize, &size) && !file.EndOfFile()) {
     feed(block.get(), size);
-    PauseWhenDue(clock);
+    PauseWhenDue(clock, kWorkTime, kPause);
   }
 }
 

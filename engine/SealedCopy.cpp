@@ -6,10 +6,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "LarkspurCommon/XTTime.h"
+#include "LarkspurCommon/Pacing.h"
 #include "LarkspurCommon/sha1.h"
 #include "engine/FileBytes.h"
-#include "platform/Win32Compat.h"
 
 namespace {
 
@@ -117,7 +116,5 @@ void VerifyRecording::CopyData(unsigned long& yieldTimer, TFileHandler& destinat
 }
 
 void VerifyRecording::GiveUpTimeSlice(unsigned long& yieldTimer) {
-  if (!os_expired(yieldTimer, kWorkMilliseconds)) return;
-  Sleep(kPauseMilliseconds);
-  yieldTimer = os_clock();
+  PauseWhenDue(yieldTimer, kWorkMilliseconds, kPauseMilliseconds);
 }
