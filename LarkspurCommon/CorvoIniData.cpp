@@ -1,0 +1,202 @@
+// The store of keys and values, its file, and what keeps the two the same.
+
+#include "LarkspurCommon/CorvoIniData.h"
+
+#include <cstring>
+
+#include "LarkspurCommon/Boundary.h"
+#include "LarkspurCommon/FileHandler.h"
+#include "LarkspurCommon/FlagScope.h"
+#include "LarkspurCommon/XTTime.h"
+#include "platform/Win32Compat.h"
+
+namespace {
+
+constexpr char kSource[] = "CorvoIniData";
+constexpr char kGetData[] = "tstring CorvoIniData::GetData(const TCHAR*, bool&)";
+constexpr char kSetData[] = "void CorvoIniData::SetData(const TCHAR*, const TCHAR*)";
+constexpr char kDeleteKey[] = "bool CorvoIniData::DeleteKey(const TCHAR*)";
+constexpr char kDelete[] = "void CorvoIniData::Delete()";
+constexpr char kReload[] = "void CorvoIniData::Reload()";
+constexpr char kGetKeys[] = "void CorvoIniData::GetKeys(std::list<tstring>&)";
+constexpr char kGetKeysAndValues[] =
+    "void CorvoIniData::GetKeysAndValues(std::list<tstring>&, std::list<tstring>&)";
+constexpr char kConstructor[] = "CorvoIniData::CorvoIniData(const TCHAR*)";
+constexpr char kLoad[] = "void CorvoIniData::LoadIniData()";
+
+constexpr DWORD kLineBuffer = 1024;
+constexpr DWORD kRetryInterval = 3000;  // ms between attempts to read a file that can't be
+
+// An operation's body, with the lock held; what it throws is reported and leaves the result that it
+// had reached.
+template <class Body>
+void Locked(CriticalSection& lock, const char* label, int line, Body body) {
+  AtBoundary({kSource, label, line}, [&] {
+    const LockCriticalSection held(&lock, true, kSource, line);
+    body();
+  });
+}
+
+tstring Upper(const char* key) {
+  return tstring(key).MakeUpper();
+}
+
+// Takes a line into the entries; one that isn't "key=value" is passed over.
+void TakeLine(char* line, std::map<tstring, tstring>& entries, bool& repeated) {
+  char* const equals = std::strchr(line, '=');
+  if (equals == nullptr) return;
+  *equals = '\0';
+  const char* const value = equals + 1 + std::strspn(equals + 1, " ");
+  if (*value == '\0') return;
+  const bool isNew = entries.insert_or_assign(Upper(line), tstring(value).TrimRight()).second;
+  repeated = repeated || !isNew;
+}
+
+}  // namespace
+
+CorvoIniData::CorvoIniData(const char* fileName) : m_fileName(), m_cs(false, "m_cs", false) {
+  Locked(m_cs, kConstructor, __LINE__, [&] {
+    FindFileIgnoreCase(m_fileName, fileName, true);
+    HasFileChanged();
+    LoadIniData();
+  });
+}
+
+CorvoIniData::~CorvoIniData() = default;
+
+tstring CorvoIniData::GetData(const char* key, bool& found) {
+  tstring value;
+  found = false;
+  Locked(m_cs, kGetData, __LINE__, [&] {
+    Refresh();
+    const auto entry = m_data.find(Upper(key));
+    if (entry == m_data.end()) return;
+    value = entry->second;
+    found = true;
+  });
+  return value;
+}
+
+tstring CorvoIniData::Get(const char* key) {
+  bool found;
+  return GetData(key, found);
+}
+
+void CorvoIniData::SetData(const char* key, const char* value) {
+  Locked(m_cs, kSetData, __LINE__, [&] {
+    Refresh();
+    m_data[Upper(key)] = value;
+    SaveChange();
+  });
+}
+
+void CorvoIniData::Set(const char* key, const char* value) {
+  SetData(key, value);
+}
+
+bool CorvoIniData::DeleteKey(const char* key) {
+  bool erased = false;
+  Locked(m_cs, kDeleteKey, __LINE__, [&] {
+    Refresh();
+    erased = m_data.erase(Upper(key)) != 0;
+    SaveChange();
+  });
+  return erased;
+}
+
+void CorvoIniData::Delete() {
+  Locked(m_cs, kDelete, __LINE__, [&] {
+    m_data.clear();
+    TFileHandler::Delete(m_fileName, false);
+    m_fileExists = false;
+    m_lastWriteTime = 0;
+    m_unread = false;  // what the file held is meant to go
+  });
+}
+
+void CorvoIniData::Reload() {
+  Locked(m_cs, kReload, __LINE__, [&] {
+    HasFileChanged();
+    LoadIniData();
+  });
+}
+
+void CorvoIniData::GetKeys(std::list<tstring>& keys) {
+  Locked(m_cs, kGetKeys, __LINE__, [&] {
+    Refresh();
+    for (const auto& entry : m_data) keys.push_back(entry.first);
+  });
+}
+
+void CorvoIniData::GetKeysAndValues(std::list<tstring>& keys, std::list<tstring>& values) {
+  Locked(m_cs, kGetKeysAndValues, __LINE__, [&] {
+    Refresh();
+    for (const auto& entry : m_data) {
+      keys.push_back(entry.first);
+      values.push_back(entry.second);
+    }
+  });
+}
+
+bool CorvoIniData::HasFileChanged() {
+  return TFileHandler::HasFileChanged(m_fileName, m_fileExists, m_lastWriteTime);
+}
+
+// While the store is busy with its file, it answers from memory.
+void CorvoIniData::Refresh() {
+  if (m_busy) return;
+  bool changed;
+  {
+    const FlagScope busy(m_busy);
+    changed = HasFileChanged();
+  }
+  if (changed || RetryIsDue()) LoadIniData();
+}
+
+// A file may become readable without a change of its modification time.
+bool CorvoIniData::RetryIsDue() const {
+  return m_unread && os_expired(m_lastAttempt, kRetryInterval);
+}
+
+void CorvoIniData::LoadIniData() {
+  bool repeated = false;
+  {
+    const FlagScope busy(m_busy);
+    Entries entries;
+    const bool read = ReadEntries(entries, repeated);
+    m_unread = !read && TFileHandler::FileExists(m_fileName);
+    m_lastAttempt = static_cast<DWORD>(os_clock());
+    if (m_unread) return;
+    m_data.swap(entries);
+  }
+  if (repeated) SaveIniData();
+}
+
+// Whether the file was read to its end.
+bool CorvoIniData::ReadEntries(Entries& entries, bool& repeated) {
+  TFileHandler file;
+  if (!file.Open(m_fileName, OFM_READ, NLM_TEXT, false, false)) return false;
+  char line[kLineBuffer];
+  DWORD length;
+  for (file.Read(line, sizeof line, &length); !file.EndOfFile();
+       file.Read(line, sizeof line, &length)) {
+    AtBoundary({kSource, kLoad, __LINE__}, [&] { TakeLine(line, entries, repeated); });
+  }
+  return !file.FailedSinceOpen();
+}
+
+void CorvoIniData::SaveIniData() {
+  if (m_busy || m_unread) return;
+  const FlagScope busy(m_busy);
+  tstring text;
+  for (const auto& [key, value] : m_data) text.append(key).append("=").append(value).append("\n");
+  TFileHandler file;
+  if (!file.Open(m_fileName, OFM_WRITE, NLM_TEXT, true, false)) return;
+  if (!text.empty()) file.Write(text.c_str(), static_cast<DWORD>(text.size()));
+}
+
+// Writes the file, and takes its new time as known.
+void CorvoIniData::SaveChange() {
+  SaveIniData();
+  if (!m_busy) HasFileChanged();
+}
