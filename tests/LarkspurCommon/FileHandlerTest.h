@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+#include "LarkspurCommon/Aregistry.h"
 #include "LarkspurCommon/FileHandler.h"
 #include "support/Scratch.h"
 #include "support/SystemCalls.h"
@@ -16,6 +17,11 @@ namespace corvo_test {
 
 class FileHandlerTest : public testing::Test {
  protected:
+  FileHandlerTest() {
+    VMRegistry::global();  // what its start does is no test's concern
+    trace.Clear();
+    BehaveAgain();
+  }
   ~FileHandlerTest() override { BehaveAgain(); }
 
   // A file in the scratch directory; its path.

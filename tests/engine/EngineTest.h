@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "LarkspurCommon/Aregistry.h"
 #include "Recordings.h"
 #include "engine/CorvoVerifiedRecording.h"
 #include "support/Scratch.h"
@@ -26,9 +27,13 @@ inline std::string TemporaryDirectory() {
   return ScratchPath("bin/tempfiles");
 }
 
+inline void EmptyTemporaryDirectory() {
+  RemoveTree(TemporaryDirectory());
+  MakeDirectory(TemporaryDirectory());
+}
+
 inline std::vector<std::string> TemporaryFiles() {
-  return Exists(TemporaryDirectory()) ? ListDirectory(TemporaryDirectory())
-                                      : std::vector<std::string>{};
+  return ListDirectory(TemporaryDirectory());
 }
 
 // The only one there is, as a path.
@@ -42,9 +47,9 @@ class EngineTest : public testing::Test {
  protected:
   EngineTest() {
     RemoveTree(ScratchPath("rec"));
-    RemoveTree(TemporaryDirectory());
     MakeDirectory(ScratchPath("rec"));
-    MakeDirectory(ScratchPath("bin"));
+    VMRegistry::global();  // what its start traces is no test's concern
+    EmptyTemporaryDirectory();
   }
 
   void Record(const std::string& bytes) { WriteFile(m_path, bytes); }

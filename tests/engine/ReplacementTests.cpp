@@ -53,7 +53,7 @@ TEST_F(ReplacementTest, FailingInPartIsTracedAndLosesNothing) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.failures.back());
-    RemoveTree(TemporaryDirectory());
+    EmptyTemporaryDirectory();
     Record(G726Recording("audio"));
     TraceLog trace;
     {

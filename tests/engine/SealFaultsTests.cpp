@@ -121,7 +121,7 @@ TEST_F(SealFaultsTest, KilledAtAnyCallTheRecordingSurvives) {
     int status = 99;
     for (int nth = 1; status == 99; ++nth) {
       Record(m_original);
-      RemoveTree(TemporaryDirectory());
+      EmptyTemporaryDirectory();
       const pid_t child = ::fork();
       ASSERT_NE(child, -1);
       if (child == 0) {

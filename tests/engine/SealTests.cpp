@@ -166,6 +166,7 @@ TEST_F(SealTest, PermissionBitsAreKeptByTheMoveAndByTheCopy) {
 TEST_F(SealTest, WithoutATemporaryFileNothingIsDone) {
   const std::string bytes = G726Recording("audio");
   Record(bytes);
+  RemoveTree(TemporaryDirectory());
   WriteFile(TemporaryDirectory(), "a file where the directory should be");
   TraceLog trace;
   EXPECT_FALSE(Seal());

@@ -12,6 +12,10 @@ extern "C" const char* CorvoSettingsDirectory() {
   static const std::string directory = [] {
     std::string path = corvo_test::ScratchPath("etc");
     corvo_test::MakeDirectory(path);
+    corvo_test::WriteFile(
+        path + "/corvo_settings.ini",
+        "LogFileErrorsToFile=N\nLoggingDir=" + corvo_test::ScratchPath("bin/logs") +
+            "\nTempFilesDir=" + corvo_test::ScratchPath("bin/tempfiles") + "\n");
     return path;
   }();
   return directory.c_str();

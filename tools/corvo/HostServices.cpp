@@ -2,6 +2,8 @@
 
 #include "platform/HostServices.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
@@ -10,6 +12,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "LarkspurCommon/Aregistry.h"
 #include "LarkspurCommon/FileHandler.h"
 #include "LarkspurCommon/debug.h"
 #include "platform/Win32Compat.h"
@@ -28,6 +31,7 @@ constexpr char kSignatureEnd[] = ") - ";
 
 struct Host {
   std::string home;
+  std::string settings;       // of the trace; everything else is in `home`
   std::string program;        // the library keeps its directories beside it
   std::string releaseMarker;  // never there
   bool trace = false;
@@ -81,10 +85,23 @@ std::string DefaultHome() {
 void SetUpHost(const std::string& home, bool trace) {
   Host& host = TheHost();
   host.home = Directory(home);
+  host.settings = host.home;
   host.program = host.home + "/corvo";
   host.releaseMarker = host.home + "/release";
   host.trace = trace;
   if (trace) InitDebug(nullptr, nullptr, nullptr);  // its lines carry the program's name
+  const mode_t usersMask = ::umask(0);
+  VMRegistry::global();  // opens files, and so sets the mask
+  ::umask(usersMask);
+  TakeReason();  // what its start found amiss is no reason for anything
+}
+
+std::string HomeDirectory() {
+  return TheHost().home;
+}
+
+void UseSettingsDirectory(const std::string& directory) {
+  TheHost().settings = directory;
 }
 
 std::string TakeReason() {
@@ -100,7 +117,7 @@ std::string TakeReason() {
 using corvo::TheHost;
 
 extern "C" const char* CorvoSettingsDirectory() {
-  return TheHost().home.c_str();
+  return TheHost().settings.c_str();
 }
 
 extern "C" const char* CorvoReleaseMarker() {

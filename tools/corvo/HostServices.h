@@ -17,6 +17,10 @@ std::string DefaultHome();
 // Throws InputError.
 void SetUpHost(const std::string& home, bool trace);
 
+// The directory of SetUpHost, and another one for the trace settings file.
+std::string HomeDirectory();
+void UseSettingsDirectory(const std::string& directory);
+
 // Why the library refused since the last call: its failure lines, joined, without trace prefixes
 // and the signatures of the operations that wrote them.
 std::string TakeReason();

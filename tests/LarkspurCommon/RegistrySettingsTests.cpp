@@ -1,0 +1,359 @@
+// The typed settings: default, limits, and what a bad value gives and leaves in the file.
+
+#include <arpa/inet.h>
+
+#include <functional>
+
+#include "RegistryTest.h"
+
+namespace corvo_test {
+namespace {
+
+using testing::ElementsAre;
+
+class RegistrySettingsTest : public RegistryTest {
+ protected:
+  RegistrySettingsTest() { m_registry.Init(); }
+
+  void Set(const std::string& name, const std::string& value) {
+    m_registry.SetRegistryEntry(name.c_str(), value.c_str());
+  }
+  void Embedded() {
+    const unsigned char record[] = {1, '0', '0', '1', 0, 0, 6, 0, 0, 0x0E, 0x10};
+    m_registry.m_evmlData.PopulateFromRecord(1, record, sizeof record);
+  }
+
+  VMRegistry m_registry;
+};
+
+using Read = std::function<long long(const VMRegistry&)>;
+
+// Each by name: what a missing entry gives and is written as, and pairs of stored and read values.
+TEST_F(RegistrySettingsTest, NumbersWithTheirLimits) {
+  struct Pair {
+    const char* stored;
+    long long read;
+  };
+  const struct {
+    const char* name;
+    Read read;
+    long long missing;
+    const char* written;
+    std::vector<Pair> pairs;
+  } rows[] = {
+      {"MinimumRecordedNameLength",
+       [](auto& r) { return r.GetMinimumRecordedNameLength(); },
+       1000,
+       "1000",
+       {{"699", 700}, {"700", 700}, {"14000", 14000}, {"14001", 14000}, {"-1", 14000}}},
+      {"MinimumRecordedGreetingLength",
+       [](auto& r) { return r.GetMinimumRecordedGreetingLength(); },
+       3000,
+       "3000",
+       {{"0", 700}, {"120000", 120000}, {"120001", 120000}}},
+      {"LoopedOutboundTimeout",
+       [](auto& r) { return r.GetLoopedOutboundTimeout(); },
+       30,
+       "30",
+       {{"0", 30}, {"1", 1}, {"rubbish", 30}}},
+      {"SilenceLimit", [](auto& r) { return r.GetSilenceLimit(); }, 10000, "10000", {{"0", 10000}}},
+      {"MaxRecordTime",
+       [](auto& r) { return r.GetMaxRecordTime(); },
+       3600000,
+       "3600",
+       {{"0", 2000}, {"100000", 100000000}, {"200000", 172800000}, {"4294967295", 172800000}}},
+      {"MaximumCallLength",
+       [](auto& r) { return r.GetMaximumCallLength(); },
+       3600000,
+       "3600000",
+       {{"299999", 300000}, {"4294967295", 4294967295}}},
+      {"MinimumIdleTime",
+       [](auto& r) { return r.GetMinimumIdleTime(); },
+       2400000,
+       "2400000",
+       {{"79999", 80000}, {"4800001", 4800000}}},
+      {"QBXMinimumPasswordLength",
+       [](auto& r) { return r.GetMinimumPasswordLength(); },
+       0,
+       "0",
+       {{"15", 15}, {"16", 15}}},
+      {"OutcallingRetries",
+       [](auto& r) { return r.GetOutcallingRetries(); },
+       5,
+       "5",
+       {{"0", 0}, {"10", 10}, {"11", 5}, {"-1", 5}}},
+      {"OutcallDefaultRetryTime",
+       [](auto& r) { return r.GetOutcallingDefaultRetryTime(); },
+       30,
+       "30",
+       {{"0", 30}, {"1", 1}, {"60", 60}, {"61", 30}}},
+      {"OutcallRetry3",
+       [](auto& r) { return r.GetOutcallRetryTime(3); },
+       900000,
+       "15",
+       {{"-1", -60000}, {"2147483647", 2147483647}}},
+      {"MaxAgeTimeA", [](auto& r) { return r.GetMaxAgeTime('A'); }, -1, "4294967295", {{"9", 9}}},
+      {"SignalNormalisation",
+       [](auto& r) { return r.GetNormalisation(); },
+       0,
+       "-",
+       {{"0x20", 32}, {"010", 8}, {"250", 100}, {"-3", 0}}},
+      {"ConfRingTime", [](auto& r) { return r.GetOutcallRingTime(); }, 30000, "30000", {}},
+      {"SeqTimeout", [](auto& r) { return r.GetSeqTimeout(); }, 3500, "3500", {}},
+      {"SecondsBetweenEvents", [](auto& r) { return r.SecondsBetweenEvents(); }, 30, "30", {}},
+      {"IPTOSValue", [](auto& r) { return r.GetIPTOSValue(); }, 184, "184", {{"-1", -1}}},
+      {"PrimaryReinstatementMode",
+       [](auto& r) { return r.GetPrimaryReinstatementMode(); },
+       0,
+       "0",
+       {{"2", 2}}},
+      {"PrimaryReinstatementTimeOut",
+       [](auto& r) { return r.GetPrimaryReinstatementTimeOut(); },
+       5,
+       "5",
+       {}},
+      {"NoOfOutCallingPorts",
+       [](auto& r) { return r.GetMaxOutcallAllowed(20); },
+       0,
+       "-",
+       {{"N", -1}, {"30", 18}, {"18", 18}, {"4", 4}, {"-4", 0}, {"x", 0}}},
+      {"LoadMailboxDataInBackground",
+       [](auto& r) { return r.GetLoadMailboxDataInBG(); },
+       true,
+       "N",
+       {{"N", false}, {"2", true}}},
+      {"SMTPServerEnabled",
+       [](auto& r) { return r.LoadSMTPServerSupport(); },
+       true,
+       "Y",
+       {{"n", false}}},
+      {"DownloadAttachmentForITZ",
+       [](auto& r) { return r.DownloadAttachmentForITZ(); },
+       true,
+       "yes",
+       {{"Y", false}, {"YES", true}}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(row.read(m_registry), row.missing);
+    EXPECT_EQ(Stored(tstring(row.name).MakeUpper()), row.written);
+    for (const Pair& pair : row.pairs) {
+      Set(row.name, pair.stored);
+      EXPECT_EQ(row.read(m_registry), pair.read) << pair.stored;
+      EXPECT_EQ(Stored(tstring(row.name).MakeUpper()), pair.stored) << "reading corrected it";
+    }
+  }
+}
+
+TEST_F(RegistrySettingsTest, MessageLengthsBindEachOther) {
+  EXPECT_EQ(m_registry.GetMinimumMessageLength(), 0u);
+  EXPECT_EQ(Stored("CFGMAXTIME"), "120");
+  EXPECT_EQ(Stored("MIRADORMODE"), "N");
+  EXPECT_EQ(Stored("QBXMINIMUMMESSAGELENGTH"), "0");
+  EXPECT_EQ(Stored("MINIMUMMESSAGELENGTH"), "-");
+  const struct {
+    const char *mirador, *cfgMaxTime, *length;
+    DWORD minimum, longest, recording;
+  } rows[] = {{"N", "120", "0", 0, 120, 3600000},
+              {"Y", "120", "500", 700, 120, 3600000},
+              {"Y", "120", "200000", 120000, 122, 3600000},
+              {"Y", "5000", "4000000", 4000000, 5000, 4002000},
+              {"N", "4294967295", "4294967295", 4294967295, 4294967295, 4294967295},
+              {"N", "0", "3000", 0, 2, 3600000},
+              {"Y", "0", "3000", 700, 2, 3600000}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.length);
+    Set("MiradorMode", row.mirador);
+    Set("CfgMaxTime", row.cfgMaxTime);
+    Set("MinimumMessageLength", row.length);
+    Set("QBXMinimumMessageLength", row.length);
+    EXPECT_EQ(m_registry.GetMinimumMessageLength(), row.minimum);
+    EXPECT_EQ(m_registry.GetCfgMaxTime(), row.longest);
+    EXPECT_EQ(m_registry.GetMaxRecordTime(), row.recording);
+  }
+}
+
+TEST_F(RegistrySettingsTest, EmbeddedModeAnswersFromTheRecord) {
+  Embedded();
+  const std::string settings = Settings();
+  EXPECT_EQ(m_registry.GetMinimumMessageLength(), 3000u);
+  EXPECT_EQ(m_registry.GetMinimumRecordedNameLength(), 500u);
+  EXPECT_EQ(m_registry.GetMinimumRecordedGreetingLength(), 3000u);
+  EXPECT_EQ(m_registry.GetCfgMaxTime(), 3600u);
+  EXPECT_EQ(m_registry.GetMaxRecordTime(), 3600000u);
+  EXPECT_EQ(m_registry.GetSilenceLimit(), 10000u);
+  EXPECT_EQ(m_registry.GetMinimumPasswordLength(), 6u);
+  EXPECT_FALSE(m_registry.GetMiradorModeSetting());
+  EXPECT_EQ(Settings(), settings) << "nothing was read";
+}
+
+// The getters for every ordering of the three, then the setters.
+TEST_F(RegistrySettingsTest, SnmpThresholdsKeepTheirOrder) {
+  for (const unsigned critical : {0u, 1u, 30u, 55u, 4294967295u}) {
+    for (const unsigned level : {0u, 11u, 60u, 100u, 4294967295u}) {
+      for (const unsigned ok : {0u, 41u, 90u, 200u}) {
+        Set("SnmpAlarmCritical", std::to_string(critical));
+        Set("SnmpAlarmLevel", std::to_string(level));
+        Set("SnmpAlarmOk", std::to_string(ok));
+        const auto atMost32Bits = [](long long value) { return std::min(value, 4294967295LL); };
+        const long long c = std::max(critical, 1u);
+        const long long l = std::max<long long>({level, 11, atMost32Bits(c + 10)});
+        const long long o = std::max<long long>({ok, 41, atMost32Bits(l + 30)});
+        EXPECT_EQ(m_registry.GetSnmpAlarmOk(), o);
+        EXPECT_EQ(m_registry.GetSnmpAlarmLevel(), l);
+        EXPECT_EQ(m_registry.GetSnmpAlarmCritical(), c);
+        EXPECT_EQ(Stored("SNMPALARMCRITICAL"), std::to_string(c));
+        EXPECT_EQ(Stored("SNMPALARMLEVEL"), std::to_string(l));
+        EXPECT_EQ(Stored("SNMPALARMOK"), std::to_string(o));
+      }
+    }
+  }
+  using Setter = void (VMRegistry::*)(unsigned long) const;
+  const struct {
+    Setter setter;
+    unsigned long value;
+    std::string stored;  // from 45, 60, 90
+  } rows[] = {
+      {&VMRegistry::SetSnmpAlarmLevel, 50, "40 50 80"},
+      {&VMRegistry::SetSnmpAlarmLevel, 3, "1 11 41"},
+      {&VMRegistry::SetSnmpAlarmLevel, 80, "45 80 110"},
+      {&VMRegistry::SetSnmpAlarmOk, 90, "45 60 90"},
+      {&VMRegistry::SetSnmpAlarmOk, 89, "45 60 119"},
+      {&VMRegistry::SetSnmpAlarmOk, 1, "45 60 71"},
+      {&VMRegistry::SetSnmpAlarmCritical, 50, "50 60 90"},
+      {&VMRegistry::SetSnmpAlarmCritical, 51, "61 60 90"},
+      {&VMRegistry::SetSnmpAlarmCritical, 0, "1 60 90"},
+  };
+  for (const auto& row : rows) {
+    Set("SnmpAlarmCritical", "45");
+    Set("SnmpAlarmLevel", "60");
+    Set("SnmpAlarmOk", "90");
+    (m_registry.*row.setter)(row.value);
+    EXPECT_EQ(
+        Stored("SNMPALARMCRITICAL") + " " + Stored("SNMPALARMLEVEL") + " " + Stored("SNMPALARMOK"),
+        row.stored);
+  }
+}
+
+TEST_F(RegistrySettingsTest, CorrectionsOfThresholdsAreTraced) {
+  Set("SnmpAlarmCritical", "55");
+  Set("SnmpAlarmLevel", "5");
+  TraceLog trace;
+  EXPECT_EQ(m_registry.GetSnmpAlarmLevel(), 65u);
+  m_registry.SetSnmpAlarmOk(40);
+  EXPECT_THAT(trace.Texts(0x0B, '2'),
+              ElementsAre("VMRegistry - SnmpAlarmLevel value can not be less than 11",
+                          "VMRegistry - Hence, setting the SnmpAlarmLevel value to be 11",
+                          "VMRegistry - SnmpAlarmLevel value can not be less than "
+                          "SnmpAlarmCritical+THRESHOLD_CRITICAL_MIN_DIFF i.e., 65",
+                          "VMRegistry - Hence, setting the SnmpAlarmLevel value to be 65",
+                          "VMRegistry - SnmpAlarmOk value should be more than 41",
+                          "VMRegistry - Setting SnmpAlarmOk value to be 41"));
+}
+
+TEST_F(RegistrySettingsTest, WindowsOfTheDay) {
+  Hour_Minute from, to;
+  m_registry.GetMiradorPeaktimeSetting(from, to);
+  EXPECT_EQ(from.m_hour * 100 + from.m_minute, 900);
+  EXPECT_EQ(to.m_hour * 100 + to.m_minute, 1730);
+  m_registry.GetMiradorPrimetimeSetting(from, to);
+  EXPECT_EQ(from.m_hour * 100 + from.m_minute, 730);
+  EXPECT_EQ(to.m_hour * 100 + to.m_minute, 1930);
+  from.Set(0, 0);
+  to.Set(23, 59);
+  EXPECT_TRUE(m_registry.SetMiradorPrimetimeSetting(from, to));
+  EXPECT_EQ(Stored("TOPRIMETIMEHOUR") + Stored("FROMPRIMETIMEMINUTE"), "230");
+  TraceLog trace;
+  for (const auto& [hour, minute] : {std::pair(24, 0), {0, 60}, {-1, 0}, {0, -1}}) {
+    to.Set(hour, minute);
+    EXPECT_FALSE(m_registry.SetMiradorPeaktimeSetting(from, to));
+  }
+  EXPECT_EQ(Stored("FROMPEAKTIMEHOUR"), "9");
+  EXPECT_EQ(trace.Texts(0x0B, '2').front(), "VMRegistry - Attempted to set invalid peak time");
+}
+
+TEST_F(RegistrySettingsTest, OutcallRetries) {
+  EXPECT_EQ(m_registry.GetOutcallRetryTime(-1), 1800000);
+  EXPECT_EQ(m_registry.GetOutcallRetryTime(0), 60000);
+  EXPECT_EQ(m_registry.GetOutcallRetryTime(5), 1800000);
+  const struct {
+    int index, minutes;
+    bool accepted;
+    const char* stored;
+  } rows[] = {{11, 5, false, "-"}, {-1, 5, false, "-"}, {2, 61, false, "-"}, {2, 0, false, "-"},
+              {2, 60, true, "60"}, {7, 5, true, "30"},  {10, 1, true, "30"}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(m_registry.SetOutcallRetryTime(row.index, row.minutes), row.accepted);
+    EXPECT_EQ(Stored("OUTCALLRETRY" + std::to_string(row.index)), row.stored);
+  }
+  EXPECT_FALSE(m_registry.SetOutcallingRetries(11));
+  EXPECT_TRUE(m_registry.SetOutcallingRetries(10));
+  EXPECT_EQ(m_registry.GetMaxOutcallAllowed(9), 0);
+}
+
+TEST_F(RegistrySettingsTest, SortOrdersAreBits) {
+  EXPECT_EQ(m_registry.GetMessageSortOrder(), 0x9489u);
+  m_registry.SetMessageSortOrder(static_cast<HalcyonDatabase::VMSortOrder>(0x6252));
+  EXPECT_EQ(m_registry.GetMessageSortOrder(), 0x6252u);
+  EXPECT_EQ(Stored("SAVEDMESSAGESORTORDER") + Stored("NEWMESSAGESORTORDER"), "10");
+  Set("NewMessageSortOrder", "7");
+  EXPECT_EQ(m_registry.GetMessageSortOrder() & 3u, 2u);
+}
+
+TEST_F(RegistrySettingsTest, MailTextsAndProfiles) {
+  EXPECT_EQ(m_registry.SMTPMailDrop(), " ");
+  m_registry.EMailMailbox = "box@example.org";
+  EXPECT_EQ(m_registry.SMTPSender(), "box@example.org");
+  Set("SystemFaxNumber", " \t+44 20 ");
+  EXPECT_EQ(m_registry.SystemFaxNumber(), "+44 20");
+  EXPECT_EQ(m_registry.PrefixNumber(), "+44 20");
+  m_registry.SetEmailDefProfile("Desk");
+  EXPECT_EQ(Stored("EMAILPROFILE") + "," + Stored("MAPIUSERLOGIN"), "Desk,");
+  EXPECT_EQ(m_registry.MapiUserLogin, "Desk");
+  EXPECT_EQ(Stored("SENDVOICEMAILVIASMTP"), "-");
+  m_registry.SetEmailDefProfile(nullptr);
+  EXPECT_EQ(Stored("EMAILPROFILE") + "," + m_registry.EMailProfile, ",");
+  EXPECT_EQ(Stored("SENDVOICEMAILVIASMTP"), "Y");
+}
+
+TEST_F(RegistrySettingsTest, FaxServersAreFoundInsideAddresses) {
+  WriteFile(ScratchPath("etc/corvo_fax_servers.ini"), "BetaFax=\r\nZedFax=zed.example\r\n");
+  VMRegistry registry;
+  registry.Init();
+  tstring domain("kept");
+  EXPECT_TRUE(registry.GetFaxServerDomainName("[ZEDFAX:123]", domain));
+  EXPECT_EQ(domain, "zed.example");
+  EXPECT_FALSE(registry.GetFaxServerDomainName("betafax and zedfax", domain))
+      << "the first decides";
+  EXPECT_TRUE(registry.CheckIfFAXServerIsSupported("a betafax"));
+  for (const char* address : {static_cast<const char*>(nullptr), "", "letter"}) {
+    EXPECT_FALSE(registry.GetFaxServerDomainName(address, domain));
+    EXPECT_FALSE(registry.CheckIfFAXServerIsSupported(address));
+  }
+  tstring names[] = {"old", "old"};
+  EXPECT_EQ(registry.GetAllFAXServersSupported(names, 1), 1u);
+  EXPECT_EQ(names[0] + "," + names[1], "BETAFAX,old");
+}
+
+TEST_F(RegistrySettingsTest, UnopenedMessagesCountWhereTheyAreMapped) {
+  const struct {
+    char mapping;
+    int newCount, oldCount, savedCount;
+  } rows[] = {{'O', 1, 65535, 3}, {'S', 1, 65000, 1003}, {'N', 1001, 65000, 3}, {'x', 1, 65000, 3}};
+  for (const auto& row : rows) {
+    m_registry.UnopenedMapping = row.mapping;
+    for (const bool network : {false, true}) {
+      unsigned short out[3];
+      m_registry.QBXStatsFromMirador(1, 1000, 65000, 3, &out[0], &out[1], &out[2], network);
+      if (network)
+        for (unsigned short& count : out) count = ntohs(count);
+      EXPECT_THAT(out, ElementsAre(row.newCount, row.oldCount, row.savedCount)) << row.mapping;
+    }
+  }
+  unsigned short gone[3] = {9, 9, 9};
+  m_registry.QBXStatsFromMirador(nullptr, &gone[0], &gone[1], &gone[2], false);
+  EXPECT_THAT(gone, ElementsAre(0, 0, 0));
+}
+
+}  // namespace
+}  // namespace corvo_test
