@@ -7,6 +7,7 @@
 #include <functional>
 #include <iostream>
 
+#include "tools/corvo/Administration.h"
 #include "tools/corvo/Commands.h"
 #include "tools/corvo/HostServices.h"
 #include "tools/corvo/InputError.h"
@@ -27,9 +28,11 @@ Examples:
   corvo seal call.wav
   corvo verify call.wav other.wav
   corvo properties call.wav
+  corvo settings --dir /etc list
+  corvo trace --dir /etc level 9
 
-Exit code: 0 all is well; 1 a recording is not sealed or fails; 2 the command line or a file
-can't be used.)";
+Exit code: 0 all is well; 1 a recording is not sealed or fails, a
+setting is not set; 2 the command line or a file can't be used.)";
 
 template <class Value>
 struct Named {
@@ -191,6 +194,7 @@ void AddCommands(CLI::App& app, Request& request) {
                   Verify);
   AddFilesCommand(app, "status", "Tell whether recordings are sealed", request, ShowStatus);
   AddProperties(app, request);
+  AddAdministration(app, request.run);
 }
 
 int Run(const Request& request) {

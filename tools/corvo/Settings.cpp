@@ -1,0 +1,237 @@
+// The settings commands, over the library's own store and table of settings.
+
+#include "tools/corvo/Settings.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <memory>
+
+#include "LarkspurCommon/Aregistry.h"
+#include "LarkspurCommon/AregistrySettings.h"
+#include "LarkspurCommon/CorvoIniData.h"
+#include "LarkspurCommon/XTTime.h"
+#include "tools/corvo/HostServices.h"
+#include "tools/corvo/InputError.h"
+#include "tools/corvo/Paths.h"
+
+namespace corvo {
+namespace {
+
+using settings::Form;
+using settings::Setting;
+
+constexpr char kSettingsFile[] = "corvo_settings.ini";
+constexpr char kVariablesFile[] = "corvo_user_variables.ini";
+constexpr char kMappingsFile[] = "SMTPMAPPINGS.INI";
+
+std::string DirectoryOf(const SettingsPlan& plan) {
+  return plan.directory.empty() ? HomeDirectory() : Directory(plan.directory);
+}
+
+// Fails where the store would keep quiet and serve from memory.
+std::unique_ptr<CorvoIniData> Open(const std::string& path) {
+  std::error_code ignored;
+  const bool exists = std::filesystem::exists(path, ignored);
+  if (exists && !std::filesystem::is_regular_file(path, ignored)) {
+    throw InputError(path, "is not a regular file");
+  }
+  if (exists && ::access(path.c_str(), R_OK) != 0) throw InputError(path, std::strerror(errno));
+  return std::make_unique<CorvoIniData>(path.c_str());
+}
+
+std::unique_ptr<CorvoIniData> OpenSettings(const SettingsPlan& plan) {
+  return Open(DirectoryOf(plan) + "/" + kSettingsFile);
+}
+
+const Setting* Known(const std::string& name) {
+  for (const Setting& setting : settings::kSettings) {
+    if (tstring(name).CompareNoCase(setting.name) == 0) return &setting;
+  }
+  return nullptr;
+}
+
+struct Value {
+  std::string text;
+  const char* origin;  // null: there is none
+};
+
+Value ValueOf(CorvoIniData& store, const std::string& name) {
+  bool found;
+  const tstring stored = store.GetData(name.c_str(), found);
+  if (found) return {stored, "file"};
+  const Setting* const known = Known(name);
+  if (known != nullptr && known->written != nullptr) return {known->written, "default"};
+  return {"", nullptr};
+}
+
+void Print(const std::string& name, const Value& value) {
+  if (value.origin == nullptr) {
+    std::cout << name << "  (not set)\n";
+  } else {
+    std::cout << name << '=' << value.text << "  (" << value.origin << ")\n";
+  }
+}
+
+// In the table's order, then what else the file holds.
+std::vector<std::string> AllNames(CorvoIniData& store) {
+  std::vector<std::string> names;
+  for (const Setting& setting : settings::kSettings) names.emplace_back(setting.name);
+  std::list<tstring> keys;
+  store.GetKeys(keys);
+  for (const tstring& key : keys) {
+    if (Known(key) == nullptr) names.push_back(key);
+  }
+  return names;
+}
+
+// Whether the readers take the value as it is.
+bool Suits(const Setting& setting, const std::string& value) {
+  if (setting.form == Form::Text || setting.form == Form::Directory) return true;
+  if (setting.form == Form::YesNo) {
+    return tstring(value).CompareNoCase("Y") == 0 || tstring(value).CompareNoCase("N") == 0;
+  }
+  long long number;
+  const char* const end = value.data() + value.size();
+  const auto [stop, error] = std::from_chars(value.data(), end, number);
+  return error == std::errc() && stop == end && number >= setting.low && number <= setting.high;
+}
+
+std::string Expected(const Setting& setting) {
+  if (setting.form == Form::YesNo) return "must be Y or N";
+  return "must be a number from " + std::to_string(setting.low) + " to " +
+         std::to_string(setting.high);
+}
+
+struct Assignment {
+  std::string name;
+  std::string value;
+};
+
+// The store takes any text; what its file or its readers would make another of is refused.
+Assignment ParseAssignment(const std::string& text, bool force) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string::npos || equals == 0) throw InputError(text + ": is not NAME=VALUE");
+  Assignment assignment{text.substr(0, equals), text.substr(equals + 1)};
+  if (text.find_first_of("\r\n") != std::string::npos) {
+    throw InputError(assignment.name, "must not hold a line end");
+  }
+  const Setting* const known = Known(assignment.name);
+  if (known == nullptr && !force) {
+    throw InputError(assignment.name, "is no known setting; --force sets it all the same");
+  }
+  if (known != nullptr && !Suits(*known, assignment.value)) {
+    throw InputError(assignment.name, Expected(*known));
+  }
+  return assignment;
+}
+
+std::string GroupFile(const SettingsPlan& plan) {
+  if (plan.group == "settings") return DirectoryOf(plan) + "/" + kSettingsFile;
+  if (plan.group == "variables") return DirectoryOf(plan) + "/" + kVariablesFile;
+  const Value accounts = ValueOf(*OpenSettings(plan), "AccountsDir");
+  if (accounts.origin == nullptr) throw InputError("AccountsDir is not set: no SMTP mappings");
+  tstring path(accounts.text + "/" + kMappingsFile);
+  path.Replace('\\', '/');
+  return path;
+}
+
+bool TakesAll(const SettingsPlan& plan) {
+  return plan.all || plan.group != "settings";
+}
+
+std::map<tstring, tstring> Entries(CorvoIniData& store) {
+  std::list<tstring> names;
+  std::list<tstring> values;
+  store.GetKeysAndValues(names, values);
+  std::map<tstring, tstring> entries;
+  auto value = values.begin();
+  for (const tstring& name : names) entries.emplace(name, *value++);
+  return entries;
+}
+
+// A store says by the trace alone that its file can't be written.
+template <class Body>
+void Writing(Body body) {
+  TakeReason();
+  body();
+  const std::string reason = TakeReason();
+  if (!reason.empty()) throw InputError(reason);
+}
+
+}  // namespace
+
+Outcome ListSettings(const SettingsPlan& plan) {
+  const auto store = OpenSettings(plan);
+  Outcome outcome = Outcome::kFine;
+  for (const std::string& name : plan.names.empty() ? AllNames(*store) : plan.names) {
+    const Value value = ValueOf(*store, name);
+    Print(name, value);
+    if (!plan.names.empty() && value.origin == nullptr) outcome = Outcome::kRefused;
+  }
+  return outcome;
+}
+
+Outcome GetSettings(const SettingsPlan& plan) {
+  const auto store = OpenSettings(plan);
+  Outcome outcome = Outcome::kFine;
+  for (const std::string& name : plan.names) {
+    const Value value = ValueOf(*store, name);
+    if (value.origin == nullptr) {
+      std::cerr << "corvo: " << name << ": is not set\n";
+      outcome = Outcome::kRefused;
+    } else {
+      std::cout << value.text << '\n';
+    }
+  }
+  return outcome;
+}
+
+// All or none of the values.
+Outcome SetSettings(const SettingsPlan& plan) {
+  std::vector<Assignment> assignments;
+  for (const std::string& text : plan.names) {
+    assignments.push_back(ParseAssignment(text, plan.force));
+  }
+  const auto store = OpenSettings(plan);
+  Writing([&] {
+    for (const Assignment& assignment : assignments) {
+      store->SetData(assignment.name.c_str(), assignment.value.c_str());
+    }
+  });
+  return Outcome::kFine;
+}
+
+Outcome ExportSettings(const SettingsPlan& plan) {
+  std::map<tstring, tstring> entries = Entries(*Open(GroupFile(plan)));
+  const std::string file = NewFile(plan.file);
+  if (std::filesystem::exists(file)) {
+    if (!plan.force) throw InputError(plan.file, "exists already; --force replaces it");
+    std::filesystem::remove(file);
+  }
+  CorvoIniData exported(file.c_str());
+  Writing([&] {
+    unsigned long clock = os_clock();
+    ImportDataHelper(&exported, entries, clock, TakesAll(plan));
+    exported.SaveIniData();  // no entries make an empty file
+  });
+  return Outcome::kFine;
+}
+
+Outcome ImportSettings(const SettingsPlan& plan) {
+  std::map<tstring, tstring> entries = Entries(*Open(ExistingFile(plan.file)));
+  const auto store = Open(GroupFile(plan));
+  Writing([&] {
+    unsigned long clock = os_clock();
+    if (plan.clear) DeleteAllValuesHelper(store.get(), clock, TakesAll(plan));
+    ImportDataHelper(store.get(), entries, clock, TakesAll(plan));
+  });
+  return Outcome::kFine;
+}
+
+}  // namespace corvo

@@ -1,0 +1,27 @@
+#ifndef TOOLS_CORVO_TRACESETTINGS_H
+#define TOOLS_CORVO_TRACESETTINGS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/corvo/Commands.h"
+
+namespace corvo {
+
+// The trace settings file, through the library's own reader and writer. A running server takes a
+// change up within three seconds. Each throws InputError.
+
+// The level, the module that wrote the file last, and the IDs that are switched off.
+Outcome ShowTraceSettings();
+
+// 0 (off) to 9 (everything).
+Outcome SetTraceLevel(unsigned level);
+
+// Every ID that the library uses or the file names: number, name, on or off. First switches those
+// of `on` (two hex digits each, or "all") on and those of `off` off.
+Outcome SwitchTraceIds(const std::vector<std::string>& on, const std::vector<std::string>& off);
+
+}  // namespace corvo
+
+#endif
