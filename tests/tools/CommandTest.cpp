@@ -11,6 +11,7 @@ namespace {
 using corvo_test::ListDirectory;
 using corvo_test::Ran;
 using corvo_test::ReadFile;
+using corvo_test::ScratchPath;
 using corvo_test::Shell;
 using corvo_test::WriteFile;
 using testing::ElementsAre;
@@ -332,6 +333,59 @@ TEST(CorvoCommand, KeepsItsOwnFilesInItsHome) {
        "corvo: neither XDG_STATE_HOME nor HOME is set: give --home\n"},
   };
   Walk(Shell("home"), steps);
+}
+
+TEST(CorvoCommand, KeepsAServersSettings) {
+  const std::string refused =
+      "corvo: " + ScratchPath("settings/etc/corvo_settings.ini") + ": is not a regular file\n";
+  const Step steps[] = {
+      {"mkdir etc etc2 && corvo settings --dir gone list", 2,
+       "corvo: gone: No such file or directory\n"},
+      {"corvo settings --dir etc list cfgmaxtime WAVSDir", 1,
+       "CfgMaxTime=120  (default)\nWAVSDir  (not set)\n"},
+      {"corvo settings --dir etc set CfgMaxTime=200 OutcallingRetries=11", 2,
+       "corvo: OutcallingRetries: must be a number from 0 to 10\n"},
+      {"corvo settings --dir etc set MiradorMode=maybe", 2, "corvo: MiradorMode: must be Y or N\n"},
+      {"corvo settings --dir etc set own=1", 2,
+       "corvo: own: is no known setting; --force sets it all the same\n"},
+      {"ls etc", 0, ""},
+      {"corvo settings --dir etc set --force own=a=b cfgmaxtime=200 WAVSDir=/srv HOSTIPADDRESS=x",
+       0, ""},
+      {"corvo settings --dir etc get CFGMAXTIME own", 0, "200\na=b\n"},
+      {"corvo settings --dir etc get SOG", 1, "corvo: SOG: is not set\n"},
+      {"corvo settings --dir etc list | grep -v default | grep -v 'not set'", 0,
+       "HOSTIPADDRESS=x  (file)\nWAVSDir=/srv  (file)\nCfgMaxTime=200  (file)\nOWN=a=b  (file)\n"},
+      {"corvo settings --dir etc export out && tr -d '\\r' <out", 0, "CFGMAXTIME=200\nOWN=a=b\n"},
+      {"corvo settings --dir etc export out", 2,
+       "corvo: out: exists already; --force replaces it\n"},
+      {"corvo settings --dir etc2 set --force HOSTIPADDRESS=own stale=1 &&"
+       " corvo settings --dir etc2 import --clear out && tr -d '\\r' <etc2/corvo_settings.ini",
+       0, "CFGMAXTIME=200\nHOSTIPADDRESS=own\nOWN=a=b\n"},
+      {"corvo settings --dir etc2 export --all --force out && corvo settings --dir etc import --all"
+       " --clear out && cmp etc*/*",
+       0, ""},
+      {"rm etc/* && mkdir etc/corvo_settings.ini && corvo settings --dir etc set SOG=1", 2,
+       refused.c_str()},
+  };
+  Walk(Shell("settings"), steps);
+}
+
+TEST(CorvoCommand, SetsWhatAServerTraces) {
+  const Step steps[] = {
+      {"mkdir etc && corvo trace --dir etc show", 0,
+       "level 5, or 1 on an installed release, until one is set\n"},
+      {"echo 'ID 30 Name=telephony' >etc/corvo_debug_settings.ini && corvo trace --dir etc level 9",
+       0, ""},
+      {"corvo trace --dir etc ids --on 27 --on 28 --off all | grep -v off", 0,
+       "27  on   sealing and verifying\n28  on   files\n"},
+      {"corvo trace --dir etc ids --on all --off 30 | grep off", 0, "30  off  telephony\n"},
+      {"corvo trace --dir etc show", 0, "level 9\n30  off  telephony\n"},
+      {"cat etc/*", 0,
+       "Filter Level=9\nID 30 Name=telephony\nID Bitmap=fffffffffffffeffffffffffffffffff\n"},
+      {"corvo trace --dir etc ids --on 80", 2, "corvo: 80: is no trace ID (00 to 7f)\n"},
+      {"corvo trace --dir etc level 10 2>/dev/null", 2, ""},
+  };
+  Walk(Shell("tracing"), steps);
 }
 
 }  // namespace

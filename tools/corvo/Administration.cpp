@@ -79,7 +79,7 @@ void AddSettings(CLI::App& app, Run& run) {
 // The trace module finds its settings file by a host service.
 Run InDirectory(const std::shared_ptr<TracePlan>& plan, const Run& action) {
   return [plan, action] {
-    if (!plan->directory.empty()) UseSettingsDirectory(Directory(plan->directory));
+    if (!plan->directory.empty()) UseSettingsDirectory(ExistingDirectory(plan->directory));
     return action();
   };
 }
@@ -104,7 +104,8 @@ void AddTrace(CLI::App& app, Run& run) {
 
   CLI::App& ids = *trace.add_subcommand("ids", "List the IDs, and switch them on and off");
   ids.add_option("--on", plan->on, "IDs as two hex digits, or \"all\"")->type_name("ID");
-  ids.add_option("--off", plan->off, "The same; after those of --on")->type_name("ID");
+  ids.add_option("--off", plan->off, "The same. What is named by itself wins over \"all\"")
+      ->type_name("ID");
   ids.callback([plan, &run] {
     run = InDirectory(plan, [plan] { return SwitchTraceIds(plan->on, plan->off); });
   });

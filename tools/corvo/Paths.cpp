@@ -50,4 +50,10 @@ std::string Directory(const std::string& name) {
   return Usable(name, Resolved(name, name));
 }
 
+std::string ExistingDirectory(const std::string& name) {
+  const fs::path path = Resolved(name, name);
+  if (!fs::is_directory(path)) throw InputError(name, "is not a directory");
+  return Usable(name, path);
+}
+
 }  // namespace corvo

@@ -17,8 +17,9 @@ std::string ExistingFile(const std::string& name);
 // Of a file to be made in an existing directory.
 std::string NewFile(const std::string& name);
 
-// Of a directory that is made if it is missing.
+// Of a directory that is made if it is missing, and of one that must be there.
 std::string Directory(const std::string& name);
+std::string ExistingDirectory(const std::string& name);
 
 }  // namespace corvo
 

@@ -31,7 +31,7 @@ constexpr char kVariablesFile[] = "corvo_user_variables.ini";
 constexpr char kMappingsFile[] = "SMTPMAPPINGS.INI";
 
 std::string DirectoryOf(const SettingsPlan& plan) {
-  return plan.directory.empty() ? HomeDirectory() : Directory(plan.directory);
+  return plan.directory.empty() ? HomeDirectory() : ExistingDirectory(plan.directory);
 }
 
 // Fails where the store would keep quiet and serve from memory.
@@ -170,8 +170,9 @@ Outcome ListSettings(const SettingsPlan& plan) {
   const auto store = OpenSettings(plan);
   Outcome outcome = Outcome::kFine;
   for (const std::string& name : plan.names.empty() ? AllNames(*store) : plan.names) {
+    const Setting* const known = Known(name);
     const Value value = ValueOf(*store, name);
-    Print(name, value);
+    Print(known != nullptr ? known->name : name, value);
     if (!plan.names.empty() && value.origin == nullptr) outcome = Outcome::kRefused;
   }
   return outcome;

@@ -2,6 +2,7 @@
 
 #include "tools/corvo/TraceSettings.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <fstream>
@@ -83,12 +84,16 @@ unsigned ParseId(const std::string& text) {
   return id;
 }
 
-void Switch(Bitmap& bitmap, const std::vector<std::string>& ids, bool on) {
+constexpr char kAll[] = "all";
+
+void SwitchAll(Bitmap& bitmap, const std::vector<std::string>& ids, bool on) {
+  if (std::find(ids.begin(), ids.end(), kAll) == ids.end()) return;
+  for (unsigned id = 0; id < kIds; ++id) bitmap.Switch(id, on);
+}
+
+void SwitchNamed(Bitmap& bitmap, const std::vector<std::string>& ids, bool on) {
   for (const std::string& text : ids) {
-    const bool all = text == "all";
-    const unsigned first = all ? 0 : ParseId(text);
-    const unsigned last = all ? kIds - 1 : first;
-    for (unsigned id = first; id <= last; ++id) bitmap.Switch(id, on);
+    if (text != kAll) bitmap.Switch(ParseId(text), on);
   }
 }
 
@@ -153,8 +158,10 @@ Outcome SetTraceLevel(unsigned level) {
 Outcome SwitchTraceIds(const std::vector<std::string>& on, const std::vector<std::string>& off) {
   ReadIniFile();
   Bitmap bitmap = ReadBitmap();
-  Switch(bitmap, on, true);
-  Switch(bitmap, off, false);
+  SwitchAll(bitmap, on, true);
+  SwitchAll(bitmap, off, false);
+  SwitchNamed(bitmap, on, true);
+  SwitchNamed(bitmap, off, false);
   if (!on.empty() || !off.empty()) Write(kBitmapKey, bitmap.Text());
   for (unsigned id = 0; id < kIds; ++id) {
     if (!NameOf(id).empty()) PrintId(id, bitmap);

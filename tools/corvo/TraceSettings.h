@@ -18,8 +18,8 @@ Outcome ShowTraceSettings();
 // 0 (off) to 9 (everything).
 Outcome SetTraceLevel(unsigned level);
 
-// Every ID that the library uses or the file names: number, name, on or off. First switches those
-// of `on` (two hex digits each, or "all") on and those of `off` off.
+// Every ID that the library uses or the file names: number, on or off, name. First switches those
+// of `on` (two hex digits each, or "all") on and those of `off` off, single ones after "all".
 Outcome SwitchTraceIds(const std::vector<std::string>& on, const std::vector<std::string>& off);
 
 }  // namespace corvo
