@@ -15,7 +15,6 @@ using settings::Setting;
 namespace {
 
 constexpr DWORD kMillisecondsPerSecond = 1000;
-constexpr DWORD kMillisecondsPerMinute = 60000;
 constexpr DWORD kShortestMessage = 700;   // ms, in Mirador mode and for names and greetings
 constexpr DWORD kEmbeddedMessage = 3000;  // ms, in embedded-mailbox mode
 constexpr DWORD kEmbeddedName = 500;      // ms
@@ -156,7 +155,7 @@ DWORD VMRegistry::GetMaxRecordTime() const {
                                              : ReadUnsigned(kMaxRecordTime);
   const unsigned long long longest = WithinLimits(kMaxRecordTime, seconds);
   const unsigned long long shortest =
-      1ULL * GetMinimumMessageLength() + kRoomBeyondMinimum * kMillisecondsPerSecond;
+      GetMinimumMessageLength() + 1ULL * kRoomBeyondMinimum * kMillisecondsPerSecond;
   return Cut(std::max(shortest, longest * kMillisecondsPerSecond));
 }
 

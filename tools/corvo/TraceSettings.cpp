@@ -98,7 +98,7 @@ void SwitchNamed(Bitmap& bitmap, const std::vector<std::string>& ids, bool on) {
 }
 
 std::string NameOf(unsigned id) {
-  const std::string own = Entry(tstring::FromFormat("ID %02x Name", id), "");
+  std::string own = Entry(tstring::FromFormat("ID %02x Name", id), "");
   if (!own.empty()) return own;
   for (const KnownId& known : kKnownIds) {
     if (known.id == id) return known.name;
