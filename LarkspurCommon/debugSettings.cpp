@@ -210,6 +210,7 @@ void RereadDebugSettings() {
 
 void ReadDebugSettings() {
   const DebugLockHelper lock(*s_DebugLock);
+  if (s_bDeInitCalled.load()) return;  // there are no entries: the level would seem to be unset
   const bool named = s_moduleNamed.load();
   ReadIniFile();
   ReadFilterLevel();
