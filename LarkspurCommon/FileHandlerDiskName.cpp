@@ -28,7 +28,7 @@ struct CloseDirectory {
 };
 using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
-// The host's buffer for the entries of a directory, one at a time.
+// The host's buffer for a directory's entries, and the entries one at a time.
 class EntryBuffer {
  public:
   explicit EntryBuffer(const char* directory) : m_entry(AllocateDirEntry(directory)) {}
@@ -43,15 +43,11 @@ class EntryBuffer {
   EntryBuffer(const EntryBuffer&) = delete;
   EntryBuffer& operator=(const EntryBuffer&) = delete;
 
-  // The next entry's name; null at the end, after a failure and where the host gave no buffer.
-  const char* ReadName(DIR* directory) {
-    if (m_entry == nullptr) return nullptr;
-    dirent* entry;
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"  // the buffer holds the longest name
-    const bool read = ::readdir_r(directory, m_entry, &entry) == 0 && entry != nullptr;
-#pragma GCC diagnostic pop
-    return read ? entry->d_name : nullptr;
+  // The next entry's name; null at the end, after a failure and where the host gave no buffer. It
+  // isn't read into that: a host without large files makes it smaller than our entries can be.
+  const char* ReadName(DIR* directory) const {
+    const dirent* const entry = m_entry != nullptr ? ::readdir(directory) : nullptr;
+    return entry != nullptr ? entry->d_name : nullptr;
   }
 
  private:
