@@ -2,12 +2,15 @@
 
 #include "LarkspurCommon/CorvoIniData.h"
 
+#include <cerrno>
 #include <cstring>
 
 #include "LarkspurCommon/Boundary.h"
 #include "LarkspurCommon/FileHandler.h"
+#include "LarkspurCommon/FileHandlerPaths.h"
 #include "LarkspurCommon/FlagScope.h"
 #include "LarkspurCommon/XTTime.h"
+#include "platform/HoldCancellation.h"
 #include "platform/Win32Compat.h"
 
 namespace {
@@ -23,6 +26,7 @@ constexpr char kGetKeysAndValues[] =
     "void CorvoIniData::GetKeysAndValues(std::list<tstring>&, std::list<tstring>&)";
 constexpr char kConstructor[] = "CorvoIniData::CorvoIniData(const TCHAR*)";
 constexpr char kLoad[] = "void CorvoIniData::LoadIniData()";
+constexpr char kSave[] = "void CorvoIniData::SaveIniData()";
 
 constexpr DWORD kLineBuffer = 1024;
 constexpr DWORD kRetryInterval = 3000;  // ms between attempts to read a file that can't be
@@ -35,6 +39,14 @@ void Locked(CriticalSection& lock, const char* label, int line, Body body) {
     const LockCriticalSection held(&lock, true, kSource, line);
     body();
   });
+}
+
+// Whether there is no such file, for all that can be seen.
+bool IsMissing(const char* path) {
+  const file_layer::FoundPath found(file_layer::ResolveBareName(path).c_str());
+  struct statx status;
+  return !found.Exists() && !file_layer::GetStatus(found.Text(), status) &&
+         (errno == ENOENT || errno == ENOTDIR);
 }
 
 tstring Upper(const char* key) {
@@ -68,7 +80,7 @@ tstring CorvoIniData::GetData(const char* key, bool& found) {
   tstring value;
   found = false;
   Locked(m_cs, kGetData, __LINE__, [&] {
-    Refresh();
+    Refresh(kRetryInterval);
     const auto entry = m_data.find(Upper(key));
     if (entry == m_data.end()) return;
     value = entry->second;
@@ -84,7 +96,7 @@ tstring CorvoIniData::Get(const char* key) {
 
 void CorvoIniData::SetData(const char* key, const char* value) {
   Locked(m_cs, kSetData, __LINE__, [&] {
-    Refresh();
+    Refresh(0);
     m_data[Upper(key)] = value;
     SaveChange();
   });
@@ -97,7 +109,7 @@ void CorvoIniData::Set(const char* key, const char* value) {
 bool CorvoIniData::DeleteKey(const char* key) {
   bool erased = false;
   Locked(m_cs, kDeleteKey, __LINE__, [&] {
-    Refresh();
+    Refresh(0);
     erased = m_data.erase(Upper(key)) != 0;
     SaveChange();
   });
@@ -116,6 +128,7 @@ void CorvoIniData::Delete() {
 
 void CorvoIniData::Reload() {
   Locked(m_cs, kReload, __LINE__, [&] {
+    if (m_busy) return;
     HasFileChanged();
     LoadIniData();
   });
@@ -123,17 +136,17 @@ void CorvoIniData::Reload() {
 
 void CorvoIniData::GetKeys(std::list<tstring>& keys) {
   Locked(m_cs, kGetKeys, __LINE__, [&] {
-    Refresh();
+    Refresh(kRetryInterval);
     for (const auto& entry : m_data) keys.push_back(entry.first);
   });
 }
 
 void CorvoIniData::GetKeysAndValues(std::list<tstring>& keys, std::list<tstring>& values) {
   Locked(m_cs, kGetKeysAndValues, __LINE__, [&] {
-    Refresh();
+    Refresh(kRetryInterval);
     for (const auto& entry : m_data) {
+      values.push_back(entry.second);  // first: out of memory, no key is left without a value
       keys.push_back(entry.first);
-      values.push_back(entry.second);
     }
   });
 }
@@ -142,33 +155,33 @@ bool CorvoIniData::HasFileChanged() {
   return TFileHandler::HasFileChanged(m_fileName, m_fileExists, m_lastWriteTime);
 }
 
-// While the store is busy with its file, it answers from memory.
-void CorvoIniData::Refresh() {
+// A file may become readable without a change of its modification time, and one that was gone for a
+// while comes back with the old one. While the store is busy with its file, it answers from memory.
+void CorvoIniData::Refresh(DWORD retryAfter) {
   if (m_busy) return;
+  const bool existed = m_fileExists;
   bool changed;
   {
     const FlagScope busy(m_busy);
     changed = HasFileChanged();
   }
-  if (changed || RetryIsDue()) LoadIniData();
-}
-
-// A file may become readable without a change of its modification time.
-bool CorvoIniData::RetryIsDue() const {
-  return m_unread && os_expired(m_lastAttempt, kRetryInterval);
+  const bool isBack = m_fileExists && !existed;
+  const bool retries = m_unread && os_expired(m_lastAttempt, retryAfter);
+  if (changed || isBack || retries) LoadIniData();
 }
 
 void CorvoIniData::LoadIniData() {
+  if (m_busy) return;
   bool repeated = false;
-  {
+  AtBoundary({kSource, kLoad, __LINE__}, [&] {
     const FlagScope busy(m_busy);
-    Entries entries;
-    const bool read = ReadEntries(entries, repeated);
-    m_unread = !read && TFileHandler::FileExists(m_fileName);
+    m_unread = true;  // however this ends, until it has been read
     m_lastAttempt = static_cast<DWORD>(os_clock());
-    if (m_unread) return;
+    Entries entries;
+    if (!ReadEntries(entries, repeated) && !IsMissing(m_fileName)) return;
     m_data.swap(entries);
-  }
+    m_unread = false;
+  });
   if (repeated) SaveIniData();
 }
 
@@ -185,18 +198,23 @@ bool CorvoIniData::ReadEntries(Entries& entries, bool& repeated) {
   return !file.FailedSinceOpen();
 }
 
+// A thread that is cancelled finishes first: half a file would be all that is left of the settings.
 void CorvoIniData::SaveIniData() {
   if (m_busy || m_unread) return;
-  const FlagScope busy(m_busy);
-  tstring text;
-  for (const auto& [key, value] : m_data) text.append(key).append("=").append(value).append("\n");
-  TFileHandler file;
-  if (!file.Open(m_fileName, OFM_WRITE, NLM_TEXT, true, false)) return;
-  if (!text.empty()) file.Write(text.c_str(), static_cast<DWORD>(text.size()));
+  const HoldCancellation hold;
+  AtBoundary({kSource, kSave, __LINE__}, [&] {
+    const FlagScope busy(m_busy);
+    tstring text;
+    for (const auto& [key, value] : m_data) text.append(key).append("=").append(value).append("\n");
+    TFileHandler file;
+    if (!file.Open(m_fileName, OFM_WRITE, NLM_TEXT, true, false)) return;
+    if (!text.empty()) file.Write(text.c_str(), static_cast<DWORD>(text.size()));
+  });
 }
 
 // Writes the file, and takes its new time as known.
 void CorvoIniData::SaveChange() {
+  const HoldCancellation hold;
   SaveIniData();
   if (!m_busy) HasFileChanged();
 }

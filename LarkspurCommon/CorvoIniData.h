@@ -18,7 +18,9 @@
 // Every operation first reads the file again when its modification time (whole seconds) is another
 // than the one last seen, and every change rewrites the whole file. A missing file is an empty
 // store; one that exists but can't be read keeps the store as it is, and isn't written until it has
-// been read: what little may be in memory must not replace it.
+// been read: what little may be in memory must not replace it. Changes made meanwhile stay in
+// memory and end when the file is read, which each change and, every three seconds, each read
+// tries.
 //
 // Any thread, but for the three operations named below. Nothing is thrown: what goes wrong is
 // traced, by this class or the file layer. Nothing holds out other processes, or another store of
@@ -51,8 +53,7 @@ class CORVO_API CorvoIniData {
  private:
   using Entries = std::map<tstring, tstring>;
 
-  void Refresh();
-  bool RetryIsDue() const;
+  void Refresh(DWORD retryAfter);
   bool ReadEntries(Entries& entries, bool& repeated);
   void SaveChange();
 
@@ -62,7 +63,7 @@ class CORVO_API CorvoIniData {
   char m_fileName[MAX_PATH];
   CriticalSection m_cs;
 
-  bool m_unread = false;    // the file exists, but couldn't be read
+  bool m_unread = false;    // m_data isn't what the file holds
   DWORD m_lastAttempt = 0;  // os_clock() then
   bool m_busy = false;      // with the file: what reports its failures may ask this store
 };

@@ -2,6 +2,7 @@
 // lost.
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -116,6 +117,31 @@ TEST_F(CorvoIniDataTest, ChangesFromOutsideAreSeen) {
   EXPECT_EQ(Listing(store), "");
   Edit("b=3\n");
   EXPECT_EQ(Listing(store), "B=3|");
+
+  const std::string aside = m_path + ".aside";
+  ASSERT_EQ(::rename(m_path.c_str(), aside.c_str()), 0);
+  EXPECT_EQ(Listing(store), "");
+  ASSERT_EQ(::rename(aside.c_str(), m_path.c_str()), 0);
+  store.Set("c", "4");
+  EXPECT_EQ(ReadFile(m_path), "B=3\r\nC=4\r\n") << "back with the time that it had";
+}
+
+// Half a file would be all that is left of the settings.
+TEST_F(CorvoIniDataTest, CancelledThreadLeavesAWholeFile) {
+  CorvoIniData store(m_path.c_str());
+  for (int key = 0; key < 50; ++key) store.Set(std::to_string(key).c_str(), "value");
+  const std::string whole = ReadFile(m_path);
+  for (int round = 0; round < 20; ++round) {
+    pthread_t thread;
+    const auto set = [](void* data) -> void* {
+      for (;; ::pthread_testcancel()) static_cast<CorvoIniData*>(data)->Set("0", "value");
+    };
+    ASSERT_EQ(::pthread_create(&thread, nullptr, set, &store), 0);
+    ::usleep(static_cast<useconds_t>(500 * round));
+    ASSERT_EQ(::pthread_cancel(thread), 0);
+    ASSERT_EQ(::pthread_join(thread, nullptr), 0);
+    ASSERT_EQ(ReadFile(m_path), whole);
+  }
 }
 
 TEST_F(CorvoIniDataTest, OddPathIsFoundInAnyCaseAndANullOneHarmsNothing) {
