@@ -6,41 +6,46 @@
 #include "LarkspurCommon/AregistrySettings.h"
 #include "LarkspurCommon/FileLayerSettings.h"
 #include "LarkspurCommon/Immortal.h"
+#include "platform/HoldCancellation.h"
 
 namespace {
 
 constexpr char kReInit[] = "void VMRegistry::ReInitRegistry()";
 constexpr char kDestructor[] = "VMRegistry::~VMRegistry()";
 
-// Held while the first call of global() initialises. The thread that does so takes it again when
-// the file layer, from inside Init, asks for directories.
-Immortal<std::recursive_mutex> g_creation;
-
-std::atomic<VMRegistry*> g_initialised{nullptr};
-
-VMRegistry* CreateGlobal() {
-  const std::lock_guard<std::recursive_mutex> lock(*g_creation);
-  if (VMRegistry::m_global == nullptr) {
-    VMRegistry::m_global = new VMRegistry;
-    VMRegistry::m_global->Init();
-    g_initialised.store(VMRegistry::m_global, std::memory_order_release);
-  }
-  return VMRegistry::m_global;
-}
+// m_global once its start has gone through, so that finding it takes no lock.
+std::atomic<VMRegistry*> g_started{nullptr};
 
 }  // namespace
 
 VMRegistry* VMRegistry::m_global = nullptr;
 
+// Never destroyed, as the object that it guards.
+std::recursive_mutex& VMRegistry::StartMutex() {
+  static Immortal<std::recursive_mutex> mutex;
+  return *mutex;
+}
+
 VMRegistry* VMRegistry::global() {
-  VMRegistry* const initialised = g_initialised.load(std::memory_order_acquire);
-  return initialised != nullptr ? initialised : CreateGlobal();
+  VMRegistry* const started = g_started.load(std::memory_order_acquire);
+  return started != nullptr ? started : StartGlobal();
+}
+
+// A start that a host's service broke off is made again by the next caller.
+VMRegistry* VMRegistry::StartGlobal() {
+  const HoldCancellation hold;
+  const std::lock_guard<std::recursive_mutex> lock(StartMutex());
+  if (m_global == nullptr) m_global = new VMRegistry;
+  if (!m_global->m_started) m_global->Init();
+  if (m_global->m_started) g_started.store(m_global, std::memory_order_release);
+  return m_global;
 }
 
 VMRegistry::VMRegistry() = default;
 
 // A store goes with its last user.
 VMRegistry::~VMRegistry() {
+  const HoldCancellation hold;
   m_mainKey = m_userVariablesKey = m_vpimKey = 0;
   for (StoreSlot* slot : {&m_settings, &m_userVariables, &m_faxServers, &m_smtpMappings}) {
     AtBoundary({kSource, kDestructor, __LINE__}, [&] { slot->Close(); });

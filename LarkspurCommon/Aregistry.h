@@ -294,12 +294,16 @@ class CORVO_API VMRegistry {
   bool Write(int key, const char* name, const char* value) const;
   void Notify(int type, const char* name, const char* value) const;
 
-  std::mutex m_initMutex;
+  static std::recursive_mutex& StartMutex();  // held by starts; one may lead back to global()
+  static VMRegistry* StartGlobal();
+  bool m_starting = false;
+  bool m_started = false;
   mutable std::mutex m_fieldsMutex;  // for the library's own reads of texts that Init may write
   tstring Field(tstring VMRegistry::*field) const;
   template <class Value>
   void SetField(Value VMRegistry::*field, const Value& value);
 
+  void Settle(const tstring& base);
   void SetConstants();
   void OpenStores();
   void ReadStartUpSettings(const tstring& base);
@@ -313,8 +317,8 @@ class CORVO_API VMRegistry {
                           const tstring& base);
   bool ReadSwitch(const char* name, bool byDefault) const;
   void SettleDirectories(const tstring& base);
-  void SettleDirectory(const char* name, tstring VMRegistry::*field, tstring byDefault,
-                       const tstring& derived);
+  tstring SettledDirectory(const char* name, const tstring& byDefault,
+                           const tstring& derived) const;
   void ReadConferenceTimeout();
   void ReadUnopenedMapping();
   void ReadHostAddress();

@@ -42,6 +42,7 @@ bool SamePath(const char* left, const char* right) {
 }  // namespace
 
 void VMRegistry::ChopOff(tstring& text, const char* suffix) const {
+  if (suffix == nullptr) return;
   const std::size_t length = std::strlen(suffix);
   if (text.size() < length) return;
   const std::size_t kept = text.size() - length;

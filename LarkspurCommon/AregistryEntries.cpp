@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr char kSetEntry[] = "bool VMRegistry::SetRegistryEntry(int, const TCHAR*, const TCHAR*)";
+constexpr char kNotify[] = "void VMRegistry::Notify(int, const TCHAR*, const TCHAR*) const";
 
 // "Y", "N" or a number.
 bool IsYes(const tstring& text) {
@@ -29,7 +29,7 @@ VMRegistry::StoreSlot::Pointer VMRegistry::Store(int key) const {
 // The host's version may throw; the change it would have heard of stands.
 void VMRegistry::Notify(int type, const char* name, const char* value) const {
   if (!m_notifySync) return;
-  AtBoundary({kSource, kSetEntry, __LINE__},
+  AtBoundary({kSource, kNotify, __LINE__},
              [&] { SyncMaster::ConfigurationItemChanged(type, name, value); });
 }
 
@@ -37,7 +37,7 @@ void VMRegistry::Notify(int type, const char* name, const char* value) const {
 
 bool VMRegistry::GetRegistryEntry(int key, const char* name, tstring& value) const {
   const StoreSlot::Pointer store = Store(key);
-  if (!store) return false;
+  if (!store || name == nullptr) return false;
   bool found;
   const tstring stored = store->GetData(name, found);
   if (found) {
@@ -53,7 +53,7 @@ bool VMRegistry::GetRegistryEntry(int key, const char* name, tstring& value) con
 }
 
 bool VMRegistry::GetRegistryEntry(int key, const char* name, char* buffer, unsigned size) const {
-  if (size == 0) return false;
+  if (buffer == nullptr || size == 0) return false;
   tstring value(buffer, static_cast<unsigned>(strnlen(buffer, size)));
   if (!GetRegistryEntry(key, name, value)) return false;
   const std::size_t length = std::min<std::size_t>(value.size(), size - 1);
@@ -71,7 +71,7 @@ bool VMRegistry::SetRegistryEntry(int key, const char* name, const char* value) 
 // Whether there is such a store.
 bool VMRegistry::Write(int key, const char* name, const char* value) const {
   const StoreSlot::Pointer store = Store(key);
-  if (!store) return false;
+  if (!store || name == nullptr) return false;
   store->SetData(name, value);
   Notify(key == kUserVariablesKey ? kUserVariableChanged : kSettingChanged, name, value);
   return true;

@@ -30,13 +30,13 @@ constexpr const char* kVPIMItems[] = {"SOG",      "SOGMailServer", "port",     "
                                       "maildrop", "sender"};
 
 bool SameName(const char* left, const char* right) {
-  return ::strcasecmp(left, right) == 0;
+  return left != nullptr && ::strcasecmp(left, right) == 0;
 }
 
 template <std::size_t count>
 bool Names(const char* const (&items)[count], const char* name) {
   return std::any_of(std::begin(items), std::end(items),
-                     [&](const char* item) { return SameName(item, name); });
+                     [&](const char* item) { return SameName(name, item); });
 }
 
 const char* ClearsFirst(bool clearFirst) {
@@ -59,7 +59,7 @@ bool IsDirectorySetting(const char* name) {
   constexpr char kSuffix[] = "DIR";
   constexpr std::size_t kSuffixLength = sizeof kSuffix - 1;
   if (SameName(name, "Campaigns")) return true;
-  if (SameName(name, "VRLCSDESTDIR")) return false;
+  if (name == nullptr || SameName(name, "VRLCSDESTDIR")) return false;
   const std::size_t length = std::strlen(name);
   return length > kSuffixLength && SameName(name + length - kSuffixLength, kSuffix);
 }

@@ -49,6 +49,7 @@ bool VMRegistry::CheckIfFAXServerIsSupported(const char* address) const {
 }
 
 unsigned VMRegistry::GetAllFAXServersSupported(tstring* names, unsigned count) const {
+  if (names == nullptr) return 0;
   for (unsigned slot = 0; slot < count; ++slot) names[slot].clear();
   const StoreSlot::Pointer store = m_faxServers.Get();
   if (!store) return 0;

@@ -1,6 +1,7 @@
 #ifndef LARKSPURCOMMON_AREGISTRYINTERNAL_H
 #define LARKSPURCOMMON_AREGISTRYINTERNAL_H
 
+#include "LarkspurCommon/Aregistry.h"
 #include "LarkspurCommon/Boundary.h"
 #include "platform/Win32Types.h"
 
@@ -26,5 +27,11 @@ constexpr int kUserVariableDeleted = 5;
 constexpr int kSMTPMappingsDeleted = 9;
 
 constexpr DWORD kWorkBeforePause = 2;  // ms of a long loop's work between its pauses
+
+template <class Value>
+void VMRegistry::SetField(Value VMRegistry::*field, const Value& value) {
+  const std::lock_guard<std::mutex> lock(m_fieldsMutex);
+  if (this->*field != value) this->*field = value;
+}
 
 #endif

@@ -5,6 +5,14 @@
 #include <algorithm>
 
 #include "LarkspurCommon/Aregistry.h"
+#include "LarkspurCommon/AregistryInternal.h"
+
+namespace {
+
+constexpr char kStatistics[] =
+    "void VMRegistry::QBXStatsFromMirador(VMailBox*, UWORD*, UWORD*, UWORD*, bool) const";
+
+}  // namespace
 
 void VMRegistry::QBXStatsFromMirador(unsigned short newCount, unsigned short unopened,
                                      unsigned short oldCount, unsigned short savedCount,
@@ -26,9 +34,10 @@ void VMRegistry::QBXStatsFromMirador(unsigned short newCount, unsigned short uno
 void VMRegistry::QBXStatsFromMirador(VMailBox* box, unsigned short* outNew, unsigned short* outOld,
                                      unsigned short* outSaved, bool networkOrder) const {
   unsigned short newCount = 0, unopened = 0, oldCount = 0, savedCount = 0;
-  if (VMailBox::DoesMailboxStillExist(box)) {
+  AtBoundary({kSource, kStatistics, __LINE__}, [&] {
+    if (!VMailBox::DoesMailboxStillExist(box)) return;
     VMailBox::Statistics(box, newCount, unopened, oldCount, savedCount);
-  }
+  });
   QBXStatsFromMirador(newCount, unopened, oldCount, savedCount, outNew, outOld, outSaved,
                       networkOrder);
 }

@@ -3,9 +3,9 @@
 
 #include <string_view>
 
-// Every setting the library itself reads or writes: its name, its form, what a missing entry is
-// written as, and the limits of a value. The readers use these rows, and so can whoever lists or
-// edits settings. docs/settings.md tells what each one does.
+// Every setting the library itself reads, and what it alone writes: its name, its form, what a
+// missing entry is written as, and the limits of a value. The readers use these rows, and so can
+// whoever lists or edits settings. docs/settings.md tells what each one does.
 namespace settings {
 
 enum class Form {
@@ -79,7 +79,7 @@ inline constexpr Setting kSettings[] = {
 
     // Voice mail by e-mail (the VPIM key)
     {"host", Form::Text, "localhost"},
-    {"domain", Form::Text, "localhost"},
+    {"domain", Form::Text, nullptr},
     {"SOG", Form::Number, nullptr},
     {"SOGMailServer", Form::Text, nullptr},
     {"username", Form::Text, nullptr},

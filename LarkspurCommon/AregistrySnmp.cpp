@@ -69,6 +69,7 @@ bool VMRegistry::CanSetThreshold(const Setting& setting) const {
 }
 
 void VMRegistry::SetSnmpAlarmLevel(unsigned long value) const {
+  value = static_cast<DWORD>(value);
   const auto least = static_cast<unsigned long>(kLevel.low);
   if (value <= least) {
     value = least;
@@ -84,6 +85,7 @@ void VMRegistry::SetSnmpAlarmLevel(unsigned long value) const {
 }
 
 void VMRegistry::SetSnmpAlarmOk(unsigned long value) const {
+  value = static_cast<DWORD>(value);
   const DWORD level = GetSnmpAlarmLevel();
   if (value < static_cast<unsigned long>(kOk.low)) {
     value = static_cast<unsigned long>(kOk.low);
@@ -98,6 +100,7 @@ void VMRegistry::SetSnmpAlarmOk(unsigned long value) const {
 
 // A value too close to the level is stored higher: the level's next reader raises that to match.
 void VMRegistry::SetSnmpAlarmCritical(unsigned long value) const {
+  value = static_cast<DWORD>(value);
   const DWORD level = GetSnmpAlarmLevel();
   if (value == 0) {
     value = static_cast<unsigned long>(kCritical.low);

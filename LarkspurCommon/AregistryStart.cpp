@@ -8,6 +8,7 @@
 #include "LarkspurCommon/AregistryInternal.h"
 #include "LarkspurCommon/AregistrySettings.h"
 #include "LarkspurCommon/FileHandler.h"
+#include "LarkspurCommon/FlagScope.h"
 #include "LarkspurCommon/debug.h"
 #include "platform/Win32Compat.h"
 
@@ -18,9 +19,8 @@ constexpr DWORD kTraceCopy = 0x00060009;
 constexpr char kLoopbackName[] = "localhost";
 
 constexpr DWORD kDefaultMAPIPort = 50792;
-constexpr DWORD kDefaultConferenceTimeout = 3000;  // ms, as the limits of a configured one
-constexpr long kShortestConferenceTimeout = 1000;
-constexpr long kLongestConferenceTimeout = 1200000;
+constexpr DWORD kDefaultConferenceTimeout = 3000;  // ms
+constexpr char kInit[] = "void VMRegistry::Init()";
 
 using TextField = tstring VMRegistry::*;
 
@@ -184,17 +184,27 @@ tstring WithoutFinalSeparator(const tstring& path) {
 
 }  // namespace
 
-template <class Value>
-void VMRegistry::SetField(Value VMRegistry::*field, const Value& value) {
-  const std::lock_guard<std::mutex> lock(m_fieldsMutex);
-  if (this->*field != value) this->*field = value;
+// Fields are assigned when they change, and once, so that the threads of a running server don't see
+// a re-initialisation go by way of the built-in values. A step that a host's service breaks off is
+// reported, and the others go on. A call from inside changes nothing.
+void VMRegistry::Init() {
+  const std::lock_guard<std::recursive_mutex> lock(StartMutex());
+  if (m_starting) return;
+  const FlagScope starting(m_starting);
+  const bool settled = AtBoundary({kSource, kInit, __LINE__}, false, [&] {
+    Settle(GetFullPathRelativeToCorvoPath(nullptr, nullptr));
+    return true;
+  });
+  for (const CheckedDirectory& directory : kCheckedDirectories) {
+    AtBoundary({kSource, kInit, __LINE__},
+               [&] { ValidateDirectory(Field(directory.field).c_str(), directory.name); });
+  }
+  AtBoundary({kSource, kInit, __LINE__}, [&] { CopyLogo(); });
+  m_started = m_started || settled;
 }
 
-// Fields are assigned when they change, and once, so that the threads of a running server don't see
-// a re-initialisation go by way of the built-in values.
-void VMRegistry::Init() {
-  const std::lock_guard<std::mutex> lock(m_initMutex);
-  const tstring base = GetFullPathRelativeToCorvoPath(nullptr, nullptr);
+// All but the directories themselves.
+void VMRegistry::Settle(const tstring& base) {
   SetConstants();
   OpenStores();
   ReadStartUpSettings(base);
@@ -206,10 +216,6 @@ void VMRegistry::Init() {
   ReadHostAddress();
   ReadVPIMAddressing();
   m_smtpMappings.Open(tstring::FromFormat("%s\\SMTPMAPPINGS.INI", AccountsDir.c_str()));
-  for (const CheckedDirectory& directory : kCheckedDirectories) {
-    ValidateDirectory(tstring(this->*directory.field).c_str(), directory.name);
-  }
-  CopyLogo();
 }
 
 void VMRegistry::SetConstants() {
@@ -277,39 +283,38 @@ bool VMRegistry::ReadSwitch(const char* name, bool byDefault) const {
   return value;
 }
 
-// Reads a directory whose built-in default is `byDefault`; where that finds nothing, what is
-// derived is stored instead.
-void VMRegistry::SettleDirectory(const char* name, TextField field, tstring byDefault,
-                                 const tstring& derived) {
-  if (!GetRegistryEntry(name, byDefault)) {
-    byDefault = derived;
-    SetRegistryEntry(name, derived.c_str());
-  }
-  SetField(field, byDefault);
+// A directory whose built-in default is `byDefault`; where its read finds nothing, what is derived
+// is stored instead.
+tstring VMRegistry::SettledDirectory(const char* name, const tstring& byDefault,
+                                     const tstring& derived) const {
+  tstring directory = byDefault;
+  if (GetRegistryEntry(name, directory)) return directory;
+  SetRegistryEntry(name, derived.c_str());
+  return derived;
 }
 
 void VMRegistry::SettleDirectories(const tstring& base) {
   tstring derived = WAVSDir;
   ChopOff(derived, "Wavs");
-  SettleDirectory("IVRDir", &VMRegistry::IVRDir, "", derived);
+  SetField(&VMRegistry::IVRDir, SettledDirectory("IVRDir", "", derived));
 
   derived = IVRDir;
   ChopOff(derived, "\\VM");
-  SettleDirectory("DBDir", &VMRegistry::DBDir, "", derived);
-  SetField(&VMRegistry::DBDir, WithoutFinalSeparator(DBDir));
+  SetField(&VMRegistry::DBDir, WithoutFinalSeparator(SettledDirectory("DBDir", "", derived)));
 
   for (const DerivedDirectory& directory : kDerivedDirectories) {
     const BuiltInDirectory* const builtIn = FindBuiltIn(directory.field);
-    SettleDirectory(directory.name, directory.field,
-                    builtIn != nullptr ? BuiltInPath(*builtIn, base) : tstring(),
-                    this->*directory.parent + directory.suffix);
+    const tstring byDefault = builtIn != nullptr ? BuiltInPath(*builtIn, base) : tstring();
+    SetField(directory.field, SettledDirectory(directory.name, byDefault,
+                                               this->*directory.parent + directory.suffix));
   }
 }
 
 void VMRegistry::ReadConferenceTimeout() {
   long value = 0;
   GetRegistryEntry("ConferenceTimeout", value);
-  const bool valid = value >= kShortestConferenceTimeout && value <= kLongestConferenceTimeout;
+  constexpr const settings::Setting& kRow = settings::Row("ConferenceTimeout");
+  const bool valid = value >= kRow.low && value <= kRow.high;
   SetField(&VMRegistry::ConferenceTimeout,
            valid ? static_cast<DWORD>(value) : kDefaultConferenceTimeout);
 }
@@ -347,12 +352,12 @@ void VMRegistry::ReadVPIMAddressing() {
 }
 
 void VMRegistry::ReadSOGMode() {
-  tstring mode;
-  const bool found = GetRegistryEntry(m_vpimKey, "SOG", mode);
-  SetField(&VMRegistry::m_sogMode,
-           found ? static_cast<DWORD>(static_cast<unsigned long>(mode)) : 0);
-  if (m_sogMode == 0) return;
-  tstring server = SOGMailServer;
+  tstring text;
+  const bool found = GetRegistryEntry(m_vpimKey, "SOG", text);
+  const DWORD mode = found ? static_cast<DWORD>(static_cast<unsigned long>(text)) : 0;
+  SetField(&VMRegistry::m_sogMode, mode);
+  if (mode == 0) return;
+  tstring server = Field(&VMRegistry::SOGMailServer);
   GetRegistryEntry(m_vpimKey, "SOGMailServer", server);
   SetField(&VMRegistry::SOGMailServer, server);
 }

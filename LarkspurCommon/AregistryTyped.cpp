@@ -213,12 +213,13 @@ DWORD VMRegistry::SecondsBetweenEvents() const {
 DWORD VMRegistry::MinutesBetweenSync() const {
   constexpr const Setting& kBetweenSync = Row("TimeBetweenSync");
   constexpr char kOlder[] = "MinutesBetweenSync";
-  unsigned long minutes = static_cast<unsigned long>(settings::DefaultOf(kBetweenSync));
+  tstring minutes(kBetweenSync.written);
   if (!GetRegistryEntry(kBetweenSync.name, minutes)) {
     const StoreSlot::Pointer store = m_settings.Get();
     if (store && store->DeleteKey(kOlder)) Notify(kSettingDeleted, kOlder, nullptr);
   }
-  return static_cast<DWORD>(minutes);
+  if (minutes.empty()) minutes = kBetweenSync.written;
+  return static_cast<DWORD>(static_cast<unsigned long>(minutes));
 }
 
 int VMRegistry::GetIPTOSValue() const {
@@ -273,8 +274,8 @@ void VMRegistry::SendVMViaSMTP(bool enabled) const {
 
 void VMRegistry::SetEmailDefProfile(const char* profile) {
   const tstring name(profile != nullptr ? profile : "");
-  MapiUserLogin = name;
-  EMailProfile = name;
+  SetField(&VMRegistry::MapiUserLogin, name);
+  SetField(&VMRegistry::EMailProfile, name);
   SetRegistryEntry(Row("EMailProfile").name, name.c_str());
   SetRegistryEntry(Row("MapiUserLogin").name, "");
   if (name.empty()) SendVMViaSMTP(true);

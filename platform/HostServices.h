@@ -39,8 +39,9 @@ class CORVO_API ReleaseGCSHelper {
 
 class CORVO_API SyncMaster {
  public:
-  // Told of each changed setting. Types: 1 settings, 2 user variables, 3 SMTP mappings, 4 a removed
-  // entry. `name` and `value` may be null.
+  // Told of each change. Types: 1 a setting, 2 a user variable, 3 an SMTP mapping; removed: 4 a
+  // setting, 5 a user variable (no value), 9 all SMTP mappings (no name, no value). What isn't
+  // given is null.
   static void ConfigurationItemChanged(int type, const char* name, const char* value);
 };
 

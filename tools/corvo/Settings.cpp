@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <limits>
 #include <map>
 #include <memory>
 
@@ -90,22 +91,39 @@ std::vector<std::string> AllNames(CorvoIniData& store) {
   return names;
 }
 
+struct Range {
+  long long low;
+  long long high;
+};
+
+// Without limits of its own a setting has those of its form.
+Range RangeOf(const Setting& setting) {
+  constexpr Setting kUnlimited{};
+  const bool limited = setting.low != kUnlimited.low || setting.high != kUnlimited.high;
+  if (setting.form != Form::Integer || limited) return {setting.low, setting.high};
+  return {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
+}
+
+bool IsYesOrNo(const std::string& value) {
+  return tstring(value).CompareNoCase("Y") == 0 || tstring(value).CompareNoCase("N") == 0;
+}
+
 // Whether the readers take the value as it is.
 bool Suits(const Setting& setting, const std::string& value) {
+  if (setting.written != nullptr && value == setting.written) return true;
   if (setting.form == Form::Text || setting.form == Form::Directory) return true;
-  if (setting.form == Form::YesNo) {
-    return tstring(value).CompareNoCase("Y") == 0 || tstring(value).CompareNoCase("N") == 0;
-  }
+  if (setting.form == Form::YesNo) return IsYesOrNo(value);
+  const Range range = RangeOf(setting);
   long long number;
   const char* const end = value.data() + value.size();
   const auto [stop, error] = std::from_chars(value.data(), end, number);
-  return error == std::errc() && stop == end && number >= setting.low && number <= setting.high;
+  return error == std::errc() && stop == end && number >= range.low && number <= range.high;
 }
 
 std::string Expected(const Setting& setting) {
   if (setting.form == Form::YesNo) return "must be Y or N";
-  return "must be a number from " + std::to_string(setting.low) + " to " +
-         std::to_string(setting.high);
+  const Range range = RangeOf(setting);
+  return "must be a number from " + std::to_string(range.low) + " to " + std::to_string(range.high);
 }
 
 struct Assignment {
