@@ -358,6 +358,9 @@ TEST(CorvoCommand, KeepsAServersSettings) {
       {"corvo settings --dir etc export out && tr -d '\\r' <out", 0, "CFGMAXTIME=200\nOWN=a=b\n"},
       {"corvo settings --dir etc export out", 2,
        "corvo: out: exists already; --force replaces it\n"},
+      {"corvo settings --dir etc export --force etc/corvo_settings.ini", 2,
+       "corvo: etc/corvo_settings.ini: is what would be exported\n"},
+      {"corvo settings --dir etc get WAVSDir", 0, "/srv\n"},
       {"corvo settings --dir etc2 set --force HOSTIPADDRESS=own stale=1 &&"
        " corvo settings --dir etc2 import --clear out && tr -d '\\r' <etc2/corvo_settings.ini",
        0, "CFGMAXTIME=200\nHOSTIPADDRESS=own\nOWN=a=b\n"},
