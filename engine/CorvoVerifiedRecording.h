@@ -3,6 +3,7 @@
 
 #include "LarkspurCommon/FileHandler.h"
 #include "LarkspurCommon/tstring.h"
+#include "engine/Examination.h"
 #include "engine/NaInfo.h"
 #include "engine/RecordingSeal.h"
 #include "platform/Export.h"
@@ -18,6 +19,20 @@ class CORVO_API VerifyRecording {
   bool VerifySignature(const char* pszFileName);
   bool IsSignaturePresent(const char* pszFileName);
   bool GetRecordingProperty(const char* pszFileName, char* pszProperties);
+
+  // Examines a recording by reading its audio once: no temporary file, no pause, nothing written.
+  // The verdict is kOk exactly where VerifySignature says true of the same bytes. `descriptor` is
+  // open for reading and stays the caller's; it need not be at the start, and isn't moved.
+  void Examine(int descriptor, RecordingExamination& found);
+
+  // The same for a path that the four functions would take.
+  void Examine(const char* pszFileName, RecordingExamination& found);
+
+  // The digest that sealing would store for this record (its seal is ignored), fact value and
+  // audio. False: the file can't be read, or ends before.
+  bool ComputeDigest(int descriptor, const NA_INFO& record, unsigned long factValue,
+                     LONGLONG audioOffset, unsigned long audioBytes,
+                     unsigned char digest[kDigestSize]);
 
   // Whether a record in memory is marked as sealed: it is long enough to hold a seal block, and
   // its flag is 1.
