@@ -43,7 +43,7 @@ struct LayoutDeparture {
 
 struct RecordingExamination {
   static constexpr int kMostChunks = 64;
-  static constexpr int kMostDepartures = 32;
+  static constexpr int kMostDepartures = 16;
 
   RecordingVerdict verdict = RecordingVerdict::kUnreadable;
   tstring reason;  // why it is not ok, without the file's name; empty when it is

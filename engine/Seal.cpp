@@ -15,7 +15,6 @@ namespace {
 constexpr UWORD kCodecGsm = 16;
 constexpr unsigned long long kUnitsPerSecond = 10'000'000;  // times come in 100 ns
 constexpr unsigned long kMostMissingAudio = 16UL * 1024 * 1024;
-constexpr unsigned long kMostAudio = 0x7FFFFFFF - kSealedHeaderSize;  // files stay below 2 GiB
 
 // Removes the temporary file on every way out on which it was not handed on.
 class TemporaryFileOwner {
@@ -180,7 +179,7 @@ bool VerifyRecording::CreateSignature(const char* pszFileName, UWORD wCodec, LON
       return;
     }
     TemporaryFileOwner owner(copy.temporary);
-    copy.ClearSeal();
+    ClearSeal(copy.record);
     if (!copy.ProtectTemporary() || !FindAudio(copy, wCodec, *pEndTime) || !CanHoldAudio(copy) ||
         !WriteSealedFile(copy, pStartTime) || !FlushTemporary(copy)) {
       TraceError(kCreateSignature, copy.error.c_str());

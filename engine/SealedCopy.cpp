@@ -36,11 +36,6 @@ bool SealedCopy::ProtectTemporary() {
   return false;
 }
 
-void SealedCopy::ClearSeal() {
-  record.dwSigned = 0;
-  std::memset(record.bySignature, 0, sizeof record.bySignature);
-}
-
 unsigned long SealedCopy::MissingAudio() {
   const LONGLONG left = recording.GetCurrentFileSize() - LONGLONG{recording.GetFilePosition()};
   if (left >= static_cast<LONGLONG>(audioBytes)) return 0;

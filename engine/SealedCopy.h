@@ -2,11 +2,7 @@
 #define ENGINE_SEALEDCOPY_H
 
 #include "engine/CorvoVerifiedRecording.h"
-
-// Length of the header that every sealed recording starts with, audio behind it: the RIFF header,
-// "eyre", "fmt ", the record, "fact" and the header of "data".
-constexpr unsigned long kSealedHeaderSize = 12 + (8 + 8) + (8 + 16) + sizeof(NA_INFO) + (8 + 4) + 8;
-static_assert(kSealedHeaderSize == 3170);
+#include "engine/SealedHeader.h"
 
 // What sealing and verification both do: a recording is copied into a temporary file in the layout
 // that a seal's digest covers. One operation's working state; where a step returns false, `error`
@@ -21,9 +17,6 @@ class SealedCopy {
   // Lets nobody read or change the temporary file who may not do so to the recording: gives it the
   // permission bits and, where the process may, the owner.
   bool ProtectTemporary();
-
-  // Zeroes the record's flag and its whole signature area.
-  void ClearSeal();
 
   // How many bytes of the declared audio the recording lacks, from its present position on.
   unsigned long MissingAudio();

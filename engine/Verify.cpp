@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "engine/CorvoVerifiedRecording.h"
+#include "engine/FileWalk.h"
 #include "engine/Operation.h"
 #include "engine/SealedCopy.h"
 
@@ -12,10 +13,8 @@ namespace {
 // audio; then it is not what was sealed, for a sealed recording always holds all of it.
 bool FindSealedAudio(SealedCopy& copy) {
   long long eyreValue = 0;
-  copy.engine.m_lastError.clear();
-  copy.audioBytes = copy.engine.WalkToG726WAVData(copy.recording, copy.factValue, eyreValue);
-  const bool walked = copy.audioBytes != 0 || copy.engine.m_lastError.empty();
-  return walked && copy.MissingAudio() == 0;
+  return FindG726Audio(copy.engine, copy.recording, copy.factValue, eyreValue, copy.audioBytes) &&
+         copy.MissingAudio() == 0;
 }
 
 // Rebuilds what sealing digested and compares the digests. Writes the failure line: what can't be
@@ -24,7 +23,7 @@ bool StillMatches(SealedCopy& copy, const char* path) {
   unsigned char stored[kDigestSize];
   unsigned char digest[kDigestSize];
   std::memcpy(stored, copy.record.bySignature, sizeof stored);
-  copy.ClearSeal();
+  ClearSeal(copy.record);
   const bool found = FindSealedAudio(copy);
   if (!copy.IsSound(copy.recording) || (found && !copy.Build(digest))) {
     TraceError(kVerifySignature, copy.error.c_str());

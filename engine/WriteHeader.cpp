@@ -5,7 +5,7 @@
 
 #include "LarkspurCommon/LittleEndian.h"
 #include "engine/CorvoVerifiedRecording.h"
-#include "engine/SealedCopy.h"
+#include "engine/SealedHeader.h"
 #include "engine/WaveFormat.h"
 #include "platform/Win32Compat.h"
 
@@ -52,58 +52,82 @@ class Header {
         .Le16(format.bitsPerSample);
   }
 
-  void WriteTo(TFileHandler& file, unsigned long audioBytes) {
+  // The header is complete, but for the audio that belongs behind it.
+  Header& Finish(unsigned long audioBytes) {
     const std::size_t counted = m_size - (kRiffSizeOffset + 4);
     StoreLe32(m_bytes.data() + kRiffSizeOffset, static_cast<DWORD>(counted + audioBytes));
-    file.MoveToPosition(0, 0);
-    file.Write(m_bytes.data(), static_cast<DWORD>(m_size));
+    return *this;
   }
+
+  const unsigned char* Data() const { return m_bytes.data(); }
+  std::size_t Size() const { return m_size; }
 
  private:
   std::array<unsigned char, kSealedHeaderSize> m_bytes;  // room for the longest of the three
   std::size_t m_size = 0;
 };
 
-// The maker's bytes behind the new name's terminator keep their values.
-void StampRecord(NA_INFO* record) {
-  std::memcpy(record->ckID, "ALCH", sizeof record->ckID);
-  record->ckSize = kNaInfoPayloadSize;
-  strncpy_s(record->szMaker, sizeof record->szMaker, "Tolva", _TRUNCATE);
+void WriteTo(TFileHandler& file, const Header& header) {
+  file.MoveToPosition(0, 0);
+  file.Write(header.Data(), static_cast<DWORD>(header.Size()));
 }
 
-}  // namespace
+// The maker's bytes behind the new name's terminator keep their values.
+void StampRecord(NA_INFO& record) {
+  std::memcpy(record.ckID, "ALCH", sizeof record.ckID);
+  record.ckSize = kNaInfoPayloadSize;
+  strncpy_s(record.szMaker, sizeof record.szMaker, "Tolva", _TRUNCATE);
+}
 
-void VerifyRecording::WriteG726WAVHeader(TFileHandler& file, unsigned long audioBytes,
-                                         unsigned long factValue, long long* eyreValue,
-                                         NA_INFO* record) {
+Header SealedHeader(unsigned long audioBytes, unsigned long factValue, const long long* eyreValue,
+                    NA_INFO& record) {
   StampRecord(record);
   Header header;
   header.Chunk("eyre", kEyreSize).Bytes(eyreValue, kEyreSize);
   header.Chunk("fmt ", kFormatBlockSize).Format(kG726Adpcm);
-  header.Bytes(record, sizeof *record);
+  header.Bytes(&record, sizeof record);
   header.Chunk("fact", kFactSize).Le32(factValue);
   header.Chunk("data", audioBytes);
-  header.WriteTo(file, audioBytes);
+  return header.Finish(audioBytes);
+}
+
+}  // namespace
+
+void BuildSealedHeader(unsigned char bytes[kSealedHeaderSize], unsigned long audioBytes,
+                       unsigned long factValue, const long long* eyreValue, NA_INFO& record) {
+  std::memcpy(bytes, SealedHeader(audioBytes, factValue, eyreValue, record).Data(),
+              kSealedHeaderSize);
+}
+
+void ClearSeal(NA_INFO& record) {
+  record.dwSigned = 0;
+  std::memset(record.bySignature, 0, sizeof record.bySignature);
+}
+
+void VerifyRecording::WriteG726WAVHeader(TFileHandler& file, unsigned long audioBytes,
+                                         unsigned long factValue, long long* eyreValue,
+                                         NA_INFO* record) {
+  WriteTo(file, SealedHeader(audioBytes, factValue, eyreValue, *record));
 }
 
 void VerifyRecording::WriteWAVHeader(TFileHandler& file, unsigned long audioBytes,
                                      NA_INFO* record) {
-  StampRecord(record);
+  StampRecord(*record);
   Header header;
   header.Chunk("fmt ", kFormatBlockSize).Format(kLinearPcm);
   header.Bytes(record, sizeof *record);
   header.Chunk("fact", kFactSize).Le32(audioBytes);  // bytes, not samples
   header.Chunk("data", audioBytes);
-  header.WriteTo(file, audioBytes);
+  WriteTo(file, header.Finish(audioBytes));
 }
 
 void VerifyRecording::WriteWAVHeader(TFileHandler& file, unsigned long audioBytes, NA_INFO* record,
                                      _gsm_wavehdrz format) {
-  StampRecord(record);
+  StampRecord(*record);
   Header header;
   header.Chunk("fmt ", sizeof format).Bytes(&format, sizeof format);
   header.Bytes(record, sizeof *record);
   header.Chunk("fact", kFactSize).Le32(audioBytes);  // bytes, not samples
   header.Chunk("data", audioBytes);
-  header.WriteTo(file, audioBytes);
+  WriteTo(file, header.Finish(audioBytes));
 }

@@ -1,0 +1,201 @@
+// What an examination finds, and that it never differs from verification.
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "EngineTest.h"
+
+namespace corvo_test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using Verdict = RecordingVerdict;
+
+class ExamineTest : public EngineTest {
+ protected:
+  RecordingExamination Examine(const std::string& bytes) {
+    Record(bytes);
+    RecordingExamination found;
+    VerifyRecording().Examine(m_path.c_str(), found);
+    return found;
+  }
+  std::string Sealed() {
+    Record(G726Recording(Audio(40)));
+    EXPECT_TRUE(Seal());
+    return Recorded();
+  }
+};
+
+std::string With(std::string bytes, std::size_t at, const std::string& replacement) {
+  return bytes.replace(at, replacement.size(), replacement);
+}
+
+std::vector<std::string> Chunks(const RecordingExamination& found) {
+  static const char* const kTaken[] = {"-", "rebuilt", "record", "fact value", "audio"};
+  std::vector<std::string> chunks;
+  for (int i = 0; i < found.chunkCount; ++i) {
+    const RecordingChunk& chunk = found.chunks[i];
+    chunks.push_back(std::string(chunk.id, 4) + " " + std::to_string(chunk.offset) + " " +
+                     std::to_string(chunk.presentSize) + " of " +
+                     std::to_string(chunk.declaredSize) + " " +
+                     kTaken[static_cast<int>(chunk.taken)]);
+  }
+  return chunks;
+}
+
+std::vector<std::string> Departures(const RecordingExamination& found) {
+  std::vector<std::string> departures;
+  for (int i = 0; i < found.departureCount; ++i) {
+    const LayoutDeparture& departure = found.departures[i];
+    departures.push_back(std::to_string(departure.offset) + "+" + std::to_string(departure.size) +
+                         " " + departure.field);
+  }
+  return departures;
+}
+
+TEST_F(ExamineTest, GivesTheVerdictAndItsReason) {
+  const std::string sealed = Sealed();
+  const struct {
+    const char* name;
+    std::string bytes;
+    Verdict verdict;
+    const char* reason;
+    std::vector<std::string> departures;
+  } rows[] = {
+      {"Sealed", sealed, Verdict::kOk, "", {}},
+      {"Appended", sealed + "xyz", Verdict::kOk, "", {"3210+3 behind the audio"}},
+      {"RiffSize", With(sealed, 4, "\1"), Verdict::kOk, "", {"4+4 RIFF size"}},
+      {"Rate", With(sealed, 40, "\1"), Verdict::kOk, "", {"36+16 format block"}},
+      {"Audio",
+       With(sealed, 3200, "\1\2"),
+       Verdict::kBroken,
+       "its digest is not the one that was sealed",
+       {}},
+      {"FlagCleared", With(sealed, 298, "\2"), Verdict::kUnsealed, "it isn't marked as sealed", {}},
+      {"CutShort",
+       sealed.substr(0, 3190),
+       Verdict::kMalformed,
+       "it lacks 20 of its 40 bytes of audio",
+       {"3190+20 audio, cut short"}},
+      {"NoFact",
+       With(sealed, 3150, "fuct"),
+       Verdict::kMalformed,
+       "it has no \"data\" chunk where one belongs",
+       {"3150+8 \"fact\" chunk header"}},
+      {"EmptyEyre",
+       With(sealed, 16, std::string(4, '\0')),
+       Verdict::kMalformed,
+       "its \"eyre\" chunk is empty",
+       {"12+8 \"eyre\" chunk header"}},
+      {"Stereo",
+       With(sealed, 38, "\2"),
+       Verdict::kMalformed,
+       "it declares 2 channels instead of 1",
+       {"36+16 format block"}},
+      {"Pcm",
+       With(sealed, 36, "\1"),
+       Verdict::kMalformed,
+       "it declares audio format 1 instead of 100",
+       {"36+16 format block"}},
+      {"NoRecord",
+       With(sealed, 52, "ALCX"),
+       Verdict::kMalformed,
+       "it has no \"ALCH\" chunk where one belongs",
+       {}},
+      {"Empty", "", Verdict::kMalformed, "it is no WAVE file", {}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const RecordingExamination found = Examine(row.bytes);
+    EXPECT_EQ(found.verdict, row.verdict);
+    EXPECT_EQ(found.reason, row.reason);
+    EXPECT_EQ(Departures(found), row.departures);
+    EXPECT_EQ(Verify(), row.verdict == Verdict::kOk);
+    EXPECT_EQ(Recorded(), row.bytes);
+  }
+  EXPECT_THAT(TemporaryFiles(), ElementsAre());
+}
+
+TEST_F(ExamineTest, MapsTheChunksAsTheLibraryReadsThem) {
+  EXPECT_THAT(Chunks(Examine(Sealed())),
+              ElementsAre("RIFF 0 4 of 3202 rebuilt", "eyre 12 8 of 8 rebuilt",
+                          "fmt  28 16 of 16 rebuilt", "ALCH 52 3090 of 3090 record",
+                          "fact 3150 4 of 4 fact value", "data 3162 40 of 40 audio"));
+
+  // A record behind the audio, an "eyre" chunk that holds a chunk, and one that the file cuts.
+  const std::string eyre(8, 'e');
+  const std::string odd = Wave()
+                              .Chunk("eyre", eyre + "LIST" + Le32(2) + "ab")
+                              .Chunk("fmt ", Format(100, 1, 2))
+                              .Chunk("fact", Le32(7))
+                              .Chunk("data", Audio(5))
+                              .Chunk("ALCH", Payload(SampleRecord()))
+                              .ChunkClaiming("note", 900, "short")
+                              .Bytes();
+  const RecordingExamination found = Examine(odd);
+  EXPECT_THAT(Chunks(found), ElementsAre(HasSubstr("RIFF 0 4"), "eyre 12 8 of 18 rebuilt",
+                                         "LIST 28 2 of 2 -", "fmt  38 16 of 16 rebuilt",
+                                         "fact 62 4 of 4 fact value", "data 74 5 of 5 audio",
+                                         "ALCH 87 3090 of 3090 record", "note 3185 5 of 900 -"));
+  EXPECT_EQ(found.factValue, 7u);
+  EXPECT_EQ(found.audioOffset, 82);
+}
+
+// More chunks than are kept, and sizes that lead beyond the end.
+TEST_F(ExamineTest, EndsOnHostileChunks) {
+  Wave many;
+  for (int i = 0; i < 500; ++i) many.Chunk("tiny", "");
+  const RecordingExamination found = Examine(many.Chunk("ALCH", Payload(SampleRecord())).Bytes());
+  EXPECT_EQ(found.chunkCount, RecordingExamination::kMostChunks);
+  EXPECT_TRUE(found.moreChunks);
+  EXPECT_TRUE(found.hasRecord);
+  EXPECT_EQ(found.verdict, Verdict::kUnsealed);
+  EXPECT_EQ(Examine("RIFF    WAVEhuge\xFF\xFF\xFF\xFF").verdict, Verdict::kMalformed);
+}
+
+TEST_F(ExamineTest, AgreesWithVerificationWhateverByteChanges) {
+  const std::string sealed = Sealed();
+  int accepted = 0;
+  for (std::size_t at = 0; at < sealed.size(); at += at >= 400 && at < 3000 ? 97 : 1) {
+    for (const int flip : {1, 0x80, 0xFF}) {
+      const bool ok =
+          Examine(With(sealed, at, {static_cast<char>(sealed[at] ^ flip)})).verdict == Verdict::kOk;
+      ASSERT_EQ(ok, Verify()) << "byte " << at;
+      accepted += ok ? 1 : 0;
+    }
+  }
+  EXPECT_EQ(accepted, 3 * 94);  // the bytes that the seal leaves open
+}
+
+TEST_F(ExamineTest, DigestOfAnotherLengthExplainsAGrownRecording) {
+  const std::string grown = With(Sealed(), 3166, Le32(45)) + "extra";
+  const RecordingExamination found = Examine(grown);
+  ASSERT_EQ(found.verdict, Verdict::kBroken);
+  unsigned char digest[kDigestSize];
+  const int descriptor = ::open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
+  VerifyRecording engine;
+  ASSERT_TRUE(engine.ComputeDigest(descriptor, found.record, found.factValue, 3170, 40, digest));
+  EXPECT_TRUE(std::equal(digest, digest + kDigestSize, found.storedDigest));
+  EXPECT_FALSE(engine.ComputeDigest(descriptor, found.record, 0, 3170, 46, digest));
+  EXPECT_EQ(::lseek(descriptor, 0, SEEK_CUR), 0);
+  ::close(descriptor);
+}
+
+TEST_F(ExamineTest, TellsWhatCannotBeRead) {
+  RecordingExamination found;
+  VerifyRecording engine;
+  engine.Examine(ScratchPath("rec/missing.wav").c_str(), found);
+  EXPECT_EQ(found.verdict, Verdict::kUnreadable);
+  EXPECT_EQ(found.reason, "No such file or directory");
+  engine.Examine(ScratchPath("rec").c_str(), found);
+  EXPECT_EQ(found.reason, "it is not a regular file");
+  engine.Examine(-1, found);
+  EXPECT_EQ(found.reason, "Bad file descriptor");
+}
+
+}  // namespace
+}  // namespace corvo_test
