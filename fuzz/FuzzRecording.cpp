@@ -2,6 +2,7 @@
 // answer, a recording is left as it was or sealed, what was just sealed verifies, and verification
 // and examination agree.
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -19,14 +20,38 @@ extern "C" int fsync(int) {
   return 0;
 }
 
-// Both look at the same bytes; neither changes them.
-static bool Verifies(const std::string& path) {
+namespace {
+
+RecordingExamination Examine(const std::string& path) {
   RecordingExamination found;
   VerifyRecording().Examine(path.c_str(), found);
+  return found;
+}
+
+// Both look at the same bytes; neither changes them.
+bool Verifies(const std::string& path) {
   const bool verifies = VerifySignature(path.c_str());
-  if ((found.verdict == RecordingVerdict::kOk) != verifies) std::abort();
+  if ((Examine(path).verdict == RecordingVerdict::kOk) != verifies) std::abort();
   return verifies;
 }
+
+// Stores the digest that was found, as sealing would: chance never does. False: the record has no
+// room for a whole one.
+bool StoreDigest(const RecordingExamination& found, std::string& bytes) {
+  for (int i = 0; i < found.chunkCount; ++i) {
+    const RecordingChunk& chunk = found.chunks[i];
+    const LONGLONG end = offsetof(NA_INFO, bySignature) + kDigestSize;
+    if (chunk.taken != DigestInput::kRecord || chunk.presentSize + 8 < end) continue;
+    const auto record = static_cast<std::size_t>(chunk.offset);
+    bytes.replace(record + offsetof(NA_INFO, dwSigned), 4, std::string("\1\0\0\0", 4));
+    bytes.replace(record + offsetof(NA_INFO, bySignature), kDigestSize,
+                  reinterpret_cast<const char*>(found.computedDigest), kDigestSize);
+    return true;
+  }
+  return false;
+}
+
+}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace corvo_test;
@@ -39,6 +64,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   GetRecordingProperty(path.c_str(), properties);
   if (std::memchr(properties, 0, sizeof properties) == nullptr) std::abort();
   if (Verifies(path) && !IsSignaturePresent(path.c_str())) std::abort();
+
+  std::string resealed = bytes;
+  const RecordingExamination found = Examine(path);
+  if (found.hasDigest && StoreDigest(found, resealed)) {
+    WriteFile(path, resealed);
+    if (!Verifies(path)) std::abort();
+    WriteFile(path, bytes);
+  }
 
   long long start = 0;
   long long end = 10'000'000;
