@@ -8,8 +8,6 @@
 // compresses `count` blocks of 64 bytes, at any alignment, into the state; no blocks change
 // nothing.
 
-constexpr std::size_t kSha1BlockSize = 64;
-
 // Plain C++: what the others have to agree with.
 void Sha1CompressPortable(std::uint32_t state[5], const unsigned char* blocks, std::size_t count);
 

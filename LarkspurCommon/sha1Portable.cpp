@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "LarkspurCommon/ShaBlocks.h"
 #include "LarkspurCommon/sha1Compress.h"
 
 namespace {
@@ -15,11 +16,6 @@ struct Words {
 
 inline std::uint32_t RotateLeft(std::uint32_t value, int bits) {
   return value << bits | value >> (32 - bits);
-}
-
-inline std::uint32_t LoadBe32(const unsigned char* b) {
-  return std::uint32_t{b[0]} << 24 | std::uint32_t{b[1]} << 16 | std::uint32_t{b[2]} << 8 |
-         std::uint32_t{b[3]};
 }
 
 // The round function and constant. A sum stands for "or" where no bit can be set on both sides.
@@ -63,7 +59,7 @@ template <std::size_t... kRound>
 }  // namespace
 
 void Sha1CompressPortable(std::uint32_t state[5], const unsigned char* blocks, std::size_t count) {
-  for (; count > 0; --count, blocks += kSha1BlockSize) {
+  for (; count > 0; --count, blocks += kShaBlockSize) {
     Words words;
     for (int i = 0; i < 5; ++i) words.v[i] = state[i];
     AllRounds(words, blocks, std::make_index_sequence<kRounds>());

@@ -6,6 +6,7 @@
 
 #include <utility>
 
+#include "LarkspurCommon/ShaBlocks.h"
 #include "LarkspurCommon/sha1Compress.h"
 
 #define SHA_INSTRUCTIONS gnu::target("sha,sse4.1,ssse3")
@@ -61,7 +62,7 @@ template <std::size_t... kGroup>
   Vectors v;
   v.abcd = _mm_shuffle_epi32(_mm_loadu_si128(stored), kReverseLanes);
   v.e = _mm_set_epi32(static_cast<int>(state[4]), 0, 0, 0);
-  for (; count > 0; --count, blocks += kSha1BlockSize) {
+  for (; count > 0; --count, blocks += kShaBlockSize) {
     const __m128i abcd = v.abcd;
     const __m128i e = v.e;
     AllRounds(v, blocks, std::make_index_sequence<kGroups>());

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "LarkspurCommon/ShaBlocks.h"
 #include "LarkspurCommon/md5.h"
 #include "LarkspurCommon/sha1.h"
 #include "LarkspurCommon/sha1Compress.h"
@@ -46,7 +47,7 @@ void Sha1(benchmark::State& state) {
 void Sha1PortableBlocks(benchmark::State& state) {
   std::uint32_t words[5] = {};
   Measure(state, [&](const Bytes& message, unsigned char*) {
-    Sha1CompressPortable(words, message.data(), message.size() / kSha1BlockSize);
+    Sha1CompressPortable(words, message.data(), message.size() / kShaBlockSize);
     benchmark::DoNotOptimize(words);
   });
 }

@@ -11,6 +11,7 @@
 #include "LarkspurCommon/md5.h"
 #include "LarkspurCommon/sha1.h"
 #include "LarkspurCommon/sha1Compress.h"
+#include "LarkspurCommon/sha256.h"
 
 namespace {
 
@@ -40,6 +41,21 @@ std::string Sha1Of(const Bytes& message, std::size_t split) {
   return Finish(context);
 }
 
+std::string Finish(SHA256_CTX& context) {
+  unsigned char digest[32];
+  SHA256Final(digest, &context);
+  EXPECT_EQ(HexText(&context, sizeof context), std::string(208, '0'));
+  return HexText(digest, sizeof digest);
+}
+
+std::string Sha256Of(const Bytes& message, std::size_t split) {
+  SHA256_CTX context;
+  SHA256Init(&context);
+  SHA256Update(&context, message.data(), static_cast<unsigned>(split));
+  SHA256Update(&context, message.data() + split, static_cast<unsigned>(message.size() - split));
+  return Finish(context);
+}
+
 std::string Md5Of(const Bytes& message, std::size_t split) {
   Bytes bytes = message;  // the interface takes no const
   MD5_CTX context;
@@ -57,23 +73,30 @@ std::string Md5Of(const Bytes& message, std::size_t split) {
 TEST(Digests, PublishedVectors) {
   const struct {
     std::string message;
-    const char *sha1, *md5;
+    const char *sha1, *md5, *sha256;
   } rows[] = {
-      {"", "da39a3ee5e6b4b0d3255bfef95601890afd80709", "d41d8cd98f00b204e9800998ecf8427e"},
-      {"abc", "a9993e364706816aba3e25717850c26c9cd0d89d", "900150983cd24fb0d6963f7d28e17f72"},
+      {"", "da39a3ee5e6b4b0d3255bfef95601890afd80709", "d41d8cd98f00b204e9800998ecf8427e",
+       "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
+      {"abc", "a9993e364706816aba3e25717850c26c9cd0d89d", "900150983cd24fb0d6963f7d28e17f72",
+       "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
       {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq",
-       "84983e441c3bd26ebaae4aa1f95129e5e54670f1", "8215ef0796a20bcaaae116d3876c664a"},
+       "84983e441c3bd26ebaae4aa1f95129e5e54670f1", "8215ef0796a20bcaaae116d3876c664a",
+       "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1"},
       {std::string(55, 'a'), "c1c8bbdc22796e28c0e15163d20899b65621d65a",
-       "ef1772b6dff9a122358552954ad0df65"},
+       "ef1772b6dff9a122358552954ad0df65",
+       "9f4390f8d30c2dd92ec9f095b65e2b9ae9b0a925a5258e241c9f1e910f734318"},
       {std::string(64, 'a'), "0098ba824b5c16427bd7a1122a5a442a25ec644d",
-       "014842d480b571495a4a0363793f7367"},
+       "014842d480b571495a4a0363793f7367",
+       "ffe054fe7ae0cb6dc65c3af9b61d5209f439851db43d0ba5997337df154668eb"},
       {std::string(65535, 'a'), "e1d0a18d43d3a689af088e156bd0434aa0c831fc",
-       "22686eba65441cdc1795f276dcdd4e45"}};
+       "22686eba65441cdc1795f276dcdd4e45",
+       "6e1bebca6a8229364a162a72ef064826c4cd7457bf54f190ef782bd9deff3e42"}};
   for (const auto& row : rows) {
     const Bytes message(row.message.begin(), row.message.end());
     for (std::size_t split = 0; split <= message.size(); split += 1 + message.size() / 130) {
       ASSERT_EQ(Sha1Of(message, split), row.sha1) << message.size() << " at " << split;
       ASSERT_EQ(Md5Of(message, split), row.md5) << message.size() << " at " << split;
+      ASSERT_EQ(Sha256Of(message, split), row.sha256) << message.size() << " at " << split;
     }
   }
 }
