@@ -27,6 +27,7 @@ void MappedSource::Rewind() {
   DescriptorSource::Rewind();
   m_found.chunkCount = 0;
   m_found.moreChunks = false;
+  m_steps = 0;
   MoveTo(kHeaderSize);
   Meet({{'R', 'I', 'F', 'F'}, kFormTypeSize});
   MoveTo(0);
@@ -35,6 +36,7 @@ void MappedSource::Rewind() {
 void MappedSource::Meet(const ChunkHeader& header) {
   m_lastChunk = Position() - kHeaderSize;
   m_nextChunk = Position() + header.size;
+  const DigestInput taken = Take(header);
   if (m_found.chunkCount == RecordingExamination::kMostChunks) {
     m_found.moreChunks = true;
     return;
@@ -43,12 +45,21 @@ void MappedSource::Meet(const ChunkHeader& header) {
   std::memcpy(chunk.id, header.id, sizeof chunk.id);
   chunk.declaredSize = header.size;
   chunk.offset = m_lastChunk;
-  chunk.taken = DigestInput::kNothing;
+  chunk.taken = taken;
 }
 
-void MappedSource::CompleteMap(DWORD riffSize, LONGLONG recordOffset) {
+// What the digest takes from the chunk just met, by its place on the way.
+DigestInput MappedSource::Take(const ChunkHeader& header) {
+  if (m_steps == std::size(kWay) || std::memcmp(header.id, kWay[m_steps].id, sizeof header.id) != 0)
+    return DigestInput::kNothing;
+  const DigestInput taken = kWay[m_steps++].taken;
+  if (taken == DigestInput::kFactValue) m_found.factOffset = Position();
+  return taken;
+}
+
+void MappedSource::CompleteMap(DWORD riffSize) {
   MeetTheRest();
-  MarkDigestInput(recordOffset);
+  MarkRecord();
   Measure();
   m_found.chunks[0].declaredSize = riffSize;
 }
@@ -60,15 +71,10 @@ void MappedSource::MeetTheRest() {
   } while (!m_found.moreChunks && !AtEnd() && ReadChunkHeader(*this, header));
 }
 
-void MappedSource::MarkDigestInput(LONGLONG recordOffset) {
-  const auto* next = std::begin(kWay);
-  for (int i = 0; i < m_found.chunkCount; ++i) {
+void MappedSource::MarkRecord() {
+  for (int i = 0; m_found.hasRecord && i < m_found.chunkCount; ++i) {
     RecordingChunk& chunk = m_found.chunks[i];
-    if (next != std::end(kWay) && std::memcmp(chunk.id, next->id, sizeof chunk.id) == 0) {
-      chunk.taken = next++->taken;
-    } else if (m_found.hasRecord && chunk.offset == recordOffset) {
-      chunk.taken = DigestInput::kRecord;
-    }
+    if (chunk.offset == m_found.recordOffset) chunk.taken = DigestInput::kRecord;
   }
 }
 

@@ -1,6 +1,8 @@
 #ifndef ENGINE_CHUNKMAP_H
 #define ENGINE_CHUNKMAP_H
 
+#include <cstddef>
+
 #include "engine/DescriptorSource.h"
 #include "engine/Examination.h"
 
@@ -18,14 +20,16 @@ class MappedSource : public DescriptorSource {
 
   // Goes on from the chunk met last to the end of the file, as far as the map has room, and fills
   // in what is not known on the way.
-  void CompleteMap(DWORD riffSize, LONGLONG recordOffset);
+  void CompleteMap(DWORD riffSize);
 
  private:
   void MeetTheRest();
-  void MarkDigestInput(LONGLONG recordOffset);
+  void MarkRecord();
+  DigestInput Take(const ChunkHeader& header);
   void Measure();
 
   RecordingExamination& m_found;
+  std::size_t m_steps = 0;  // of the way to the audio, since the start
   LONGLONG m_lastChunk = 0;
   LONGLONG m_nextChunk = 0;
 };

@@ -50,7 +50,8 @@ struct RecordingExamination {
 
   LONGLONG fileSize = 0;
   bool hasRecord = false;
-  NA_INFO record{};  // as it stands in the file, the seal included
+  NA_INFO record{};           // as it stands in the file, the seal included
+  LONGLONG recordOffset = 0;  // of its chunk's header
 
   // Where the audio is; known when the walk through the chunks got there.
   bool hasAudio = false;
@@ -58,7 +59,8 @@ struct RecordingExamination {
   DWORD audioSize = 0;     // as declared
   DWORD missingAudio = 0;  // how many of these bytes the file lacks
   DWORD factValue = 0;
-  LONGLONG startTime = 0;  // the "eyre" value, 100 ns units; not covered by the digest
+  LONGLONG factOffset = 0;  // of the value
+  LONGLONG startTime = 0;   // the "eyre" value, 100 ns units; not covered by the digest
 
   // The digest is recomputed where all audio is there and the record holds a digest, marked as
   // sealed or not.

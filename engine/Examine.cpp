@@ -131,13 +131,13 @@ class Examination {
     unsigned long riffSize = 0;
     WalkRefusal audioRefusal;
     m_found.hasRecord = ReadRecord(source, m_found.record, &riffSize, m_refusal);
-    const LONGLONG recordOffset = source.LastChunk();
+    if (m_found.hasRecord) m_found.recordOffset = source.LastChunk();
     FindAudio(source, audioRefusal);
     if (m_found.hasRecord) m_refusal = audioRefusal;
     if (m_refusal.kind == WalkRefusal::kNoRiff || m_refusal.kind == WalkRefusal::kNoWave) {
       m_found.chunkCount = 0;
     } else {
-      source.CompleteMap(static_cast<DWORD>(riffSize), recordOffset);
+      source.CompleteMap(static_cast<DWORD>(riffSize));
     }
   }
 

@@ -142,6 +142,7 @@ TEST_F(ExamineTest, MapsTheChunksAsTheLibraryReadsThem) {
                                          "fact 62 4 of 4 fact value", "data 74 5 of 5 audio",
                                          "ALCH 87 3090 of 3090 record", "note 3185 5 of 900 -"));
   EXPECT_EQ(found.factValue, 7u);
+  EXPECT_EQ(found.factOffset, 70);
   EXPECT_EQ(found.audioOffset, 82);
 }
 
@@ -153,6 +154,7 @@ TEST_F(ExamineTest, EndsOnHostileChunks) {
   EXPECT_EQ(found.chunkCount, RecordingExamination::kMostChunks);
   EXPECT_TRUE(found.moreChunks);
   EXPECT_TRUE(found.hasRecord);
+  EXPECT_EQ(found.recordOffset, 12 + 500 * 8);
   EXPECT_EQ(found.verdict, Verdict::kUnsealed);
   EXPECT_EQ(Examine("RIFF    WAVEhuge\xFF\xFF\xFF\xFF").verdict, Verdict::kMalformed);
 }
