@@ -14,6 +14,8 @@
 #include "tools/corvo/Recording.h"
 #include "tools/corvo/RecordingMaker.h"
 #include "tools/corvo/Times.h"
+#include "tools/corvo/archive/ArchiveCommands.h"
+#include "tools/corvo/archive/Interruption.h"
 
 namespace corvo {
 namespace {
@@ -26,13 +28,14 @@ Examples:
   corvo record call.wav call.g726 --codec g726 --start 2024-05-17T09:30:00Z \
                --item szItem03=+442079460123 --item dwIPAddress=192.0.2.17
   corvo seal call.wav
-  corvo verify call.wav other.wav
+  corvo verify call.wav archive/
   corvo properties call.wav
   corvo settings --dir /etc list
   corvo trace --dir /etc level 9
 
 Exit code: 0 all is well; 1 a recording is not sealed or fails, a
-setting is not set; 2 the command line or a file can't be used.)";
+setting is not set; 2 the command line or a file can't be used; 128 and
+its number: a signal ended it.)";
 
 template <class Value>
 struct Named {
@@ -43,7 +46,8 @@ constexpr Named<Codec> kInputCodecs[] = {
     {"g726", Codec::kG726}, {"gsm", Codec::kGsm}, {"pcm", Codec::kPcm}};
 constexpr Named<UWORD> kSealCodecs[] = {{"g726", kSealG726}, {"gsm", kSealGsm}};
 
-// What the options of all commands are read into. `run` is set by the one that was named.
+// What the options of all commands are read into. The one that was named sets `run`, or `runAsHost`
+// where it calls the library as its host process.
 struct Request {
   std::string home;
   bool trace = false;
@@ -54,6 +58,7 @@ struct Request {
   SealPlan seal;
   bool raw = false;
   std::function<Outcome()> run;
+  std::function<Outcome()> runAsHost;
 };
 
 // An option whose text `parse` reads; what it throws becomes the option's error.
@@ -110,7 +115,7 @@ CLI::App& AddFilesCommand(CLI::App& app, const char* name, const char* help, Req
   CLI::App& command = *app.add_subcommand(name, help);
   command.add_option("files", request.files, "Recordings")->required()->type_name("FILE");
   command.callback([&request, action] {
-    request.run = [&request, action] { return ForEach(request.files, action); };
+    request.runAsHost = [&request, action] { return ForEach(request.files, action); };
   });
   return command;
 }
@@ -137,7 +142,7 @@ void AddRecord(CLI::App& app, Request& request) {
   command.add_flag("--force", plan.force, "Replace an existing file");
   command.footer("\nMetadata items, named alike in the JSON object:\n" + DescribeItems());
   command.callback([&request, &plan] {
-    request.run = [&request, &plan] {
+    request.runAsHost = [&request, &plan] {
       plan.items = SplitItems(request.items);
       plan.start = request.recordStart.value_or(0);
       MakeRecording(plan);
@@ -190,18 +195,48 @@ void AddCommands(CLI::App& app, Request& request) {
   });
   AddRecord(app, request);
   AddSeal(app, request);
-  AddFilesCommand(app, "verify", "Verify that sealed recordings are what was sealed", request,
-                  Verify);
+  AddVerify(app, request.run, request.runAsHost);
   AddFilesCommand(app, "status", "Tell whether recordings are sealed", request, ShowStatus);
   AddProperties(app, request);
-  AddAdministration(app, request.run);
+  AddSummary(app, request.run);
+  AddAdministration(app, request.runAsHost);
+}
+
+// Only a host process needs a home: whoever examines recordings may have none that can be written.
+Outcome RunAsAsked(const Request& request) {
+  if (!request.runAsHost) return request.run();
+  SetUpHost(request.home.empty() ? DefaultHome() : request.home, request.trace);
+  return request.runAsHost();
 }
 
 int Run(const Request& request) {
-  SetUpHost(request.home.empty() ? DefaultHome() : request.home, request.trace);
-  const Outcome outcome = request.run();
+  const Outcome outcome = RunAsAsked(request);
   if (!std::cout.flush()) throw InputError("the output can't be written");
   return static_cast<int>(outcome);
+}
+
+// Whether CLI11 would take a path for something else: for a list, for the end of a command, or,
+// though it stands behind "--", for an option.
+bool IsMistaken(const std::string& text, bool isPath) {
+  if (text.empty()) return false;
+  return (text.front() == '[' && text.back() == ']') || text == "++" ||
+         (isPath && text.front() == '-');
+}
+
+// The arguments, with such paths written otherwise; the parser wants the last one first.
+std::vector<std::string> Arguments(int argc, char** argv) {
+  std::vector<std::string> arguments;
+  bool onlyPaths = false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string text = argv[i];
+    if (text == "--" && !onlyPaths) {
+      onlyPaths = true;
+    } else {
+      arguments.push_back((IsMistaken(text, onlyPaths) ? "./" : "") + text);
+    }
+  }
+  std::reverse(arguments.begin(), arguments.end());
+  return arguments;
 }
 
 }  // namespace
@@ -213,10 +248,13 @@ int RunCommandLine(int argc, char** argv) {
   AddCommands(app, request);
   AddGeneralOptions(app, request);
   try {
-    app.parse(argc, argv);
+    app.parse(Arguments(argc, argv));
     return Run(request);
   } catch (const CLI::ParseError& error) {  // help and version too
     return app.exit(error) == 0 ? 0 : kUnusable;
+  } catch (const Interrupted& interrupted) {
+    std::cerr << "corvo: " << interrupted.what() << '\n';
+    return interrupted.ExitCode();
   } catch (const std::exception& error) {
     std::cerr << "corvo: " << error.what() << '\n';
     return kUnusable;

@@ -89,13 +89,6 @@ Outcome Seal(const std::string& name, const SealPlan& plan) {
   return SayRefused(recording, "NOT SEALED: ");
 }
 
-Outcome Verify(const std::string& name) {
-  const Recording recording = FindRecording(name);
-  TakeReason();
-  if (VerifySignature(recording.path.c_str())) return Say(name, "verified", Outcome::kFine);
-  return SayRefused(recording, "NOT VERIFIED: ");
-}
-
 Outcome ShowStatus(const std::string& name) {
   const Recording recording = FindRecording(name);
   if (IsSignaturePresent(recording.path.c_str())) return Say(name, "sealed", Outcome::kFine);

@@ -23,7 +23,6 @@ struct SealPlan {
 };
 
 Outcome Seal(const std::string& name, const SealPlan& plan);
-Outcome Verify(const std::string& name);
 Outcome ShowStatus(const std::string& name);
 
 // Raw: the property text as it is; otherwise one line for each item.

@@ -10,7 +10,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <utility>
+#include <map>
+#include <mutex>
+#include <thread>
 
 #include "LarkspurCommon/Aregistry.h"
 #include "LarkspurCommon/FileHandler.h"
@@ -35,7 +37,9 @@ struct Host {
   std::string program;        // the library keeps its directories beside it
   std::string releaseMarker;  // never there
   bool trace = false;
-  std::vector<std::string> reasons;  // what the library refused for, in order
+
+  std::mutex mutex;  // guards what follows; all above is set before there are threads
+  std::map<std::thread::id, std::vector<std::string>> reasons;  // for refusing, in order
 };
 
 // Never destroyed: the library may trace until the process has ended.
@@ -65,7 +69,9 @@ bool Holds(const std::string& text, const std::string& part) {
 
 // The engine's lines repeat what the file layer said before: once is enough.
 void KeepReason(const std::string& reason) {
-  std::vector<std::string>& reasons = TheHost().reasons;
+  Host& host = TheHost();
+  const std::lock_guard<std::mutex> lock(host.mutex);
+  std::vector<std::string>& reasons = host.reasons[std::this_thread::get_id()];
   const auto says = [&reason](const std::string& kept) {
     return Holds(kept, reason) || Holds(reason, kept);
   };
@@ -105,10 +111,12 @@ void UseSettingsDirectory(const std::string& directory) {
 }
 
 std::string TakeReason() {
+  Host& host = TheHost();
+  const std::lock_guard<std::mutex> lock(host.mutex);
+  const auto mine = host.reasons.extract(std::this_thread::get_id());
   std::string all;
-  for (const std::string& reason : std::exchange(TheHost().reasons, {})) {
-    all += (all.empty() ? "" : "; ") + reason;
-  }
+  if (mine.empty()) return all;
+  for (const std::string& reason : mine.mapped()) all += (all.empty() ? "" : "; ") + reason;
   return all;
 }
 

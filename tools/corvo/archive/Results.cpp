@@ -1,0 +1,211 @@
+// The lines that a verification writes, and reads back from its journal.
+
+#include "tools/corvo/archive/Results.h"
+
+#include <charconv>
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "tools/corvo/InputError.h"
+#include "tools/corvo/archive/Names.h"
+
+namespace corvo {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr char kResultStart[] = "{\"input\":";
+
+std::string HexText(const unsigned char* bytes, std::size_t count) {
+  static constexpr char kDigits[] = "0123456789abcdef";
+  std::string text;
+  for (std::size_t i = 0; i < count; ++i) text += {kDigits[bytes[i] / 16], kDigits[bytes[i] % 16]};
+  return text;
+}
+
+Json DigestOrNull(bool known, const unsigned char* digest) {
+  return known ? Json(HexText(digest, kDigestSize)) : Json();
+}
+
+template <class Number>
+Json NumberOrNull(bool known, Number number) {
+  return known ? Json(number) : Json();
+}
+
+void AddState(Json& object, const std::optional<FileState>& state) {
+  const FileState known = state.value_or(FileState{});
+  object["size"] = NumberOrNull(state.has_value(), known.size);
+  object["inode"] = NumberOrNull(state.has_value(), known.inode);
+  object["modified"] = state ? Json(UtcText(known.modified)) : Json();
+  object["status_changed"] = state ? Json(UtcText(known.statusChanged)) : Json();
+}
+
+// The record's text may be any bytes.
+std::string DurationText(const NA_INFO& record) {
+  return EscapeName({record.szDuration, ::strnlen(record.szDuration, sizeof record.szDuration)});
+}
+
+Json Departures(const RecordingExamination& found) {
+  Json list = Json::array();
+  for (int i = 0; i < found.departureCount; ++i) {
+    const LayoutDeparture& departure = found.departures[i];
+    list.push_back(
+        {{"offset", departure.offset}, {"size", departure.size}, {"field", departure.field}});
+  }
+  return list;
+}
+
+void AddOptions(Json& object, const RunOptions& options) {
+  const Shard& shard = options.shard;
+  object["shard"] = shard.IsEverything() ? Json() : Json(shard.Text());
+  object["strict"] = options.strict;
+  object["through_host_call"] = options.throughHostCall;
+}
+
+RunOptions ReadOptions(const Json& object) {
+  RunOptions options;
+  const Json& shard = object.at("shard");
+  if (!shard.is_null()) options.shard = ParseShard(shard.get<std::string>());
+  options.strict = object.at("strict").get<bool>();
+  options.throughHostCall = object.at("through_host_call").get<bool>();
+  return options;
+}
+
+std::string ReadName(const Json& object) {
+  const std::string text = object.at("name").get<std::string>();
+  if (!object.at("escaped").get<bool>()) return text;
+  const std::optional<std::string> name = UnescapeName(text);
+  if (!name) throw InputError("the name is not an escaped one");
+  return *name;
+}
+
+RecordingVerdict ReadVerdict(const Json& object) {
+  const auto verdict = ParseVerdict(object.at("verdict").get<std::string>());
+  if (!verdict) throw InputError("there is no such verdict");
+  return *verdict;
+}
+
+std::string StateText(const Json& size, const Json& inode, const std::string& modified,
+                      const std::string& statusChanged) {
+  return size.dump() + ' ' + inode.dump() + ' ' + modified + ' ' + statusChanged;
+}
+
+Result ReadResult(const Json& object, const std::string& line) {
+  Result result;
+  result.input = object.at("input").get<unsigned long long>();
+  result.name = ReadName(object);
+  result.verdict = ReadVerdict(object);
+  const Json& reason = object.at("reason");
+  if (!reason.is_null()) result.reason = reason.get<std::string>();
+  const Json& size = object.at("size");
+  if (!size.is_null()) {
+    result.size = size.get<long long>();
+    result.state = StateText(size, object.at("inode"), object.at("modified").get<std::string>(),
+                             object.at("status_changed").get<std::string>());
+  }
+  result.json = line;
+  return result;
+}
+
+RunTotals ReadTotals(const Json& object) {
+  RunTotals totals;
+  totals.options = ReadOptions(object);
+  totals.allInputs = object.at("all_inputs").get<unsigned long long>();
+  return totals;
+}
+
+ParsedLine ReadLine(const Json& object, const std::string& line) {
+  if (object.contains("input")) {
+    return {ParsedLine::Kind::kResult, ReadResult(object, line), {}};
+  }
+  if (object.contains("totals")) return {ParsedLine::Kind::kTotals, {}, ReadTotals(object)};
+  return {ParsedLine::Kind::kOptions, {}, {ReadOptions(object.at("journal")), {}, 0}};
+}
+
+std::string Plural(unsigned long long count) {
+  return count == 1 ? " input" : " inputs";
+}
+
+}  // namespace
+
+std::string StateText(const FileState& state) {
+  return StateText(state.size, state.inode, UtcText(state.modified), UtcText(state.statusChanged));
+}
+
+std::string TextLine(const Result& result) {
+  const std::string name = NameInLine(result.name);
+  if (result.verdict == RecordingVerdict::kOk) return name + ": OK";
+  return name + ": FAILED (" + VerdictWord(result.verdict) + ": " + result.reason + ')';
+}
+
+std::string TextLine(const RunTotals& totals) {
+  const Shard& shard = totals.options.shard;
+  const unsigned long long checked = totals.counts.All();
+  const std::string all = std::to_string(totals.allInputs) + Plural(totals.allInputs);
+  std::string text = checked == totals.allInputs && shard.IsEverything()
+                         ? all
+                         : std::to_string(checked) + " of " + all;
+  if (!shard.IsEverything()) text += " (shard " + shard.Text() + ')';
+  return text + ": " + totals.counts.Text();
+}
+
+std::string JsonLine(const Result& result, const std::optional<FileState>& state,
+                     const RecordingExamination& found) {
+  const bool escaped = !IsUtf8(result.name);
+  Json object;
+  object["input"] = result.input;
+  object["name"] = escaped ? EscapeName(result.name) : result.name;
+  object["escaped"] = escaped;
+  object["verdict"] = VerdictWord(result.verdict);
+  object["reason"] = result.reason.empty() ? Json() : Json(result.reason);
+  AddState(object, state);
+  object["stored_digest"] = DigestOrNull(found.hasRecord, found.record.bySignature);
+  object["computed_digest"] = DigestOrNull(found.hasDigest, found.computedDigest);
+  object["audio_offset"] = NumberOrNull(found.hasAudio, found.audioOffset);
+  object["audio_size"] = NumberOrNull(found.hasAudio, found.audioSize);
+  object["audio_missing"] = NumberOrNull(found.hasAudio, found.missingAudio);
+  object["duration"] = found.hasRecord ? Json(DurationText(found.record)) : Json();
+  object["departures"] = Departures(found);
+  return object.dump();
+}
+
+std::string JsonLine(const RunTotals& totals) {
+  Json counts;
+  counts["inputs"] = totals.counts.All();
+  for (const RecordingVerdict verdict : kVerdicts) {
+    counts[VerdictWord(verdict)] = totals.counts.Of(verdict);
+  }
+  Json object;
+  object["totals"] = counts;
+  object["all_inputs"] = totals.allInputs;
+  AddOptions(object, totals.options);
+  return object.dump();
+}
+
+std::string JsonLine(const RunOptions& options) {
+  Json object;
+  AddOptions(object["journal"], options);
+  return object.dump();
+}
+
+std::optional<ParsedLine> ParseJsonLine(const std::string& line) {
+  const Json object = Json::parse(line, nullptr, false);
+  if (!object.is_object()) return std::nullopt;
+  try {
+    return ReadLine(object, line);
+  } catch (const Json::exception&) {
+    return std::nullopt;
+  } catch (const InputError&) {
+    return std::nullopt;
+  }
+}
+
+unsigned long long InputOf(const std::string& jsonLine) {
+  constexpr std::size_t kStart = sizeof kResultStart - 1;
+  unsigned long long number = 0;
+  if (jsonLine.compare(0, kStart, kResultStart) != 0) return 0;
+  std::from_chars(jsonLine.data() + kStart, jsonLine.data() + jsonLine.size(), number);
+  return number;
+}
+
+}  // namespace corvo
