@@ -16,6 +16,7 @@
 #include "tools/corvo/Times.h"
 #include "tools/corvo/archive/ArchiveCommands.h"
 #include "tools/corvo/archive/Interruption.h"
+#include "tools/corvo/evidence/EvidenceCommands.h"
 
 namespace corvo {
 namespace {
@@ -30,6 +31,8 @@ Examples:
   corvo seal call.wav
   corvo verify call.wav archive/
   corvo properties call.wav
+  corvo inspect call.wav
+  corvo report call.wav -o report.html
   corvo settings --dir /etc list
   corvo trace --dir /etc level 9
 
@@ -198,6 +201,7 @@ void AddCommands(CLI::App& app, Request& request) {
   AddVerify(app, request.run, request.runAsHost);
   AddFilesCommand(app, "status", "Tell whether recordings are sealed", request, ShowStatus);
   AddProperties(app, request);
+  AddEvidence(app, request.run);
   AddSummary(app, request.run);
   AddAdministration(app, request.runAsHost);
 }

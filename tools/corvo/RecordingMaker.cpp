@@ -2,19 +2,13 @@
 
 #include "tools/corvo/RecordingMaker.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 
 #include "LarkspurCommon/FileHandler.h"
 #include "engine/CorvoVerifiedRecording.h"
-#include "platform/Win32Compat.h"
 #include "tools/corvo/GsmBlocks.h"
 #include "tools/corvo/InputError.h"
+#include "tools/corvo/PartFile.h"
 #include "tools/corvo/Paths.h"
 
 namespace corvo {
@@ -22,37 +16,6 @@ namespace {
 
 constexpr DWORD kSamplesPerG726Byte = 4;
 constexpr std::size_t kMostAudio = 0x7FFFFFFF - 4096;  // with its header a file stays below 2 GiB
-
-// A file under a name of its own beside its target, until it is complete.
-class PartFile {
- public:
-  // Made here rather than by TFileHandler, which would set the process's umask first.
-  explicit PartFile(const std::string& target)
-      : m_target(target), m_path(target + "." + std::to_string(::getpid()) + ".part") {
-    const int descriptor = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (descriptor == -1) throw InputError(m_path, std::strerror(errno));
-    ::close(descriptor);
-  }
-  ~PartFile() {
-    if (!m_path.empty()) ::unlink(m_path.c_str());
-  }
-  PartFile(const PartFile&) = delete;
-  PartFile& operator=(const PartFile&) = delete;
-
-  const std::string& Path() const { return m_path; }
-
-  // MoveFile never replaces a file, not even one that has just appeared.
-  void Publish(bool replace) {
-    const bool done = replace ? std::rename(m_path.c_str(), m_target.c_str()) == 0
-                              : MoveFile(m_path.c_str(), m_target.c_str()) != 0;
-    if (!done) throw InputError(m_target, std::strerror(errno));
-    m_path.clear();
-  }
-
- private:
-  std::string m_target;
-  std::string m_path;  // empty once it has become the target
-};
 
 NA_INFO MakeRecord(const RecordingPlan& plan) {
   NA_INFO record{};

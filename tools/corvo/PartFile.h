@@ -1,0 +1,30 @@
+#ifndef TOOLS_CORVO_PARTFILE_H
+#define TOOLS_CORVO_PARTFILE_H
+
+#include <string>
+
+namespace corvo {
+
+// A file under a name of its own beside its target, until it is complete. Removed unless published.
+class PartFile {
+ public:
+  // Makes the file, empty. Throws InputError.
+  explicit PartFile(const std::string& target);
+  ~PartFile();
+  PartFile(const PartFile&) = delete;
+  PartFile& operator=(const PartFile&) = delete;
+
+  const std::string& Path() const { return m_path; }
+
+  // Gives the file its target's name. Throws InputError: also, unless `replace`, where a file of
+  // that name has just appeared.
+  void Publish(bool replace);
+
+ private:
+  std::string m_target;
+  std::string m_path;  // empty once it has become the target
+};
+
+}  // namespace corvo
+
+#endif

@@ -1,0 +1,99 @@
+// Gathers what is to be said about a recording.
+
+#include "tools/corvo/evidence/Evidence.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "LarkspurCommon/sha256.h"
+#include "tools/corvo/archive/Check.h"
+#include "tools/corvo/evidence/Blocks.h"
+#include "tools/corvo/evidence/BuildId.h"
+#include "tools/corvo/evidence/UtcTime.h"
+
+namespace corvo {
+namespace {
+
+constexpr std::size_t kSha256Size = 32;
+
+int HashWholeFile(const RecordingFile& file, LONGLONG size, std::string& hex) {
+  SHA256_CTX context;
+  unsigned char digest[kSha256Size];
+  SHA256Init(&context);
+  const int error = ReadBlocks(
+      file.File(), 0, size,
+      [&](const unsigned char* bytes, unsigned count) { SHA256Update(&context, bytes, count); });
+  SHA256Final(digest, &context);
+  if (error == 0) hex = Hex(digest, sizeof digest);
+  return error;
+}
+
+int ReadTheRest(const RecordingFile& file, bool withWaveform, RecordingEvidence& evidence) {
+  const RecordingExamination& found = evidence.found;
+  const int error = HashWholeFile(file, found.fileSize, evidence.sha256);
+  if (error != 0 || !withWaveform || !found.hasAudio) return error;
+  const LONGLONG there = LONGLONG{found.audioSize} - found.missingAudio;
+  return DecodeWaveform(file.File(), found.audioOffset, there, evidence.waveform.emplace());
+}
+
+// The record's own items; SealedItems takes for granted that it is sealed.
+std::vector<Item> ItemsOf(const RecordingEvidence& evidence) {
+  if (!evidence.found.hasRecord) return {};
+  std::vector<Item> items = SealedItems(evidence.found.record);
+  for (Item& item : items) {
+    if (item.name == "dwSigned") item.value = evidence.IsSealed() ? "Yes" : "No";
+  }
+  return items;
+}
+
+void Describe(const RecordingFile& file, RecordingEvidence& evidence) {
+  if (file.State()) {
+    evidence.modified = UtcText(file.State()->modified);
+    evidence.statusChanged = UtcText(file.State()->statusChanged);
+  }
+  if (evidence.found.startTime > 0) evidence.startTime = UtcTextOfTicks(evidence.found.startTime);
+  evidence.coverage = FindCoverage(evidence.found);
+  evidence.metadata = ItemsOf(evidence);
+}
+
+}  // namespace
+
+bool RecordingEvidence::StoresDigest() const {
+  const unsigned char* const stored = found.record.bySignature;
+  return found.hasRecord &&
+         (IsSealed() || std::any_of(stored, stored + kDigestSize, [](int byte) { return byte; }));
+}
+
+bool RecordingEvidence::DigestsAgree() const {
+  return found.hasDigest &&
+         std::memcmp(found.storedDigest, found.computedDigest, sizeof found.storedDigest) == 0;
+}
+
+bool ReportingTool::Passed() const {
+  return std::all_of(selfTest.begin(), selfTest.end(),
+                     [](const KnownAnswer& answer) { return answer.Passed(); });
+}
+
+RecordingEvidence GatherEvidence(const std::string& name, bool withWaveform) {
+  RecordingEvidence evidence;
+  evidence.name = name;
+  const RecordingFile file(name);
+  const auto examine = [&](const RecordingFile& opened, RecordingExamination& found) {
+    Examine(opened, found);
+    if (found.verdict == RecordingVerdict::kUnreadable) return;
+    Describe(opened, evidence);
+    evidence.explanations = Explain(opened.File().Number(), found);
+    const int error = ReadTheRest(opened, withWaveform, evidence);
+    if (error == 0) return;
+    found.verdict = RecordingVerdict::kUnreadable;
+    found.reason = ErrorText(error);
+  };
+  Check(file, evidence.found, examine);
+  return evidence;
+}
+
+ReportingTool DescribeTool() {
+  return {CORVO_VERSION, ProgramBuildId(), LibraryBuildId(), RunSelfTest()};
+}
+
+}  // namespace corvo

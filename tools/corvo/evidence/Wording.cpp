@@ -1,0 +1,122 @@
+// What a report says in words.
+
+#include "tools/corvo/evidence/Wording.h"
+
+#include <cctype>
+
+namespace corvo {
+
+std::string PlainVerdict(const RecordingEvidence& evidence) {
+  switch (evidence.found.verdict) {
+    case RecordingVerdict::kOk:
+      return "The seal is intact. What it covers (the sound, its length and the details of the "
+             "call) has not been changed since the recording was last sealed.";
+    case RecordingVerdict::kBroken:
+      return "The seal is broken. This recording is not what was sealed: something that the seal "
+             "covers was changed afterwards.";
+    case RecordingVerdict::kUnsealed:
+      return "This recording carries no seal. Whether it was changed can't be told from it.";
+    case RecordingVerdict::kMalformed:
+      return evidence.IsSealed()
+                 ? "The seal can't be confirmed. The recording is marked as sealed, but it is not "
+                   "built as sealing builds it: part of it is missing or was changed."
+                 : "This file is not a recording of this system, or so damaged that it can't be "
+                   "recognised as one.";
+    case RecordingVerdict::kUnreadable:
+      return "This file could not be read. Nothing can be said about it.";
+    case RecordingVerdict::kChanged:
+      return "This file was being changed while it was examined. Nothing can be said about it; "
+             "examine a copy that nobody writes to.";
+  }
+  return {};
+}
+
+std::vector<std::string> Method() {
+  return {
+      "When a recording is sealed, a fingerprint of 20 bytes is computed over its sound and the "
+      "details of the call by the published method SHA-1 (FIPS 180) and stored in the recording. "
+      "For this report the fingerprint was computed anew from the file as it is now, and both "
+      "were compared byte by byte. If as much as one bit that the seal covers were different, "
+      "the fingerprints would differ.",
+      "The fingerprint is taken over a header of 3170 bytes, built anew in a fixed layout from "
+      "the recording's record (with the mark \"sealed\" and the fingerprint itself as zeros), its "
+      "fact value and the length of its audio, followed by the audio.",
+      "The files were opened for reading only and were not changed. The SHA-256 digest of each "
+      "whole file identifies exactly what was examined: the same digest means the same file."};
+}
+
+std::vector<std::string> Limits() {
+  return {
+      "The fingerprint uses no secret key. Whoever may write to the file and knows the method can "
+      "change the recording and seal it again; this check would then find the new seal intact. "
+      "An intact seal excludes accidental damage and changes by those who did not seal again. "
+      "Who had access to the file since it was made must be shown by other means, such as "
+      "custody records or a signed list of digests kept elsewhere.",
+      "SHA-1 is no longer considered safe against someone who prepares two different recordings "
+      "with the same fingerprint before sealing. No way is known to make a different recording "
+      "for the fingerprint of a given one.",
+      "The seal says nothing about what happened before sealing: who spoke, when the call took "
+      "place, and whether the sound was complete. The times of the file come from the file "
+      "system, and the start time in the recording is not covered by the seal."};
+}
+
+std::vector<std::string> WithoutThisProgram() {
+  return {
+      "For a file exactly as sealing wrote it these commands of any Unix system compute the "
+      "fingerprint and show the stored one; both lines must be the same. The command "
+      "\"corvo recipe FILE\" prints such commands for any recording, by its own positions."};
+}
+
+const char* CommandsWithoutThisProgram() {
+  return "{ head -c 20 FILE; head -c 8 /dev/zero; tail -c +29 FILE | head -c 270\n"
+         "  head -c 84 /dev/zero; tail -c +383 FILE; } | sha1sum\n"
+         "tail -c +303 FILE | head -c 20 | od -An -v -tx1 | tr -d ' \\n'; echo";
+}
+
+const char* WaveformNote(bool asked) {
+  return asked ? "Decoded as G.726 at 16 kbit/s because the user said that it is such audio. The "
+                 "file can't tell: a recording sealed as GSM carries the same header, and its "
+                 "picture would be noise."
+               : "No picture of the sound is drawn. A sealed recording always declares G.726 "
+                 "audio, even where it holds GSM audio, so the kind of sound can't be known from "
+                 "the file. It is drawn when the user states it (--codec g726).";
+}
+
+Explanation Unexplained(const RecordingEvidence& evidence) {
+  if (!evidence.StoresDigest()) {
+    return {{},
+            "no stored digest was found, neither by the chunks nor where sealing puts it",
+            "No fingerprint that the file could be compared with was found in it."};
+  }
+  return {{},
+          "tried without success: other lengths of the audio, other fact values, the positions of "
+          "the sealed layout, a stored digest of which few bytes are damaged",
+          "What exactly was changed can't be told: none of the common causes explains it."};
+}
+
+std::string ItemLabel(const Item& item) {
+  if (item.name == "szMaker") return "Maker";
+  if (item.name == "szDuration") return "Duration, written when sealing";
+  if (item.name == "dwIPAddress") return "Network address";
+  if (item.name == "dwSigned") return "Marked as sealed";
+  const std::size_t digits = item.name.find_first_of("0123456789");
+  return "Call detail " + std::to_string(std::stoi(item.name.substr(digits)));
+}
+
+const char* DigestInputWord(DigestInput taken) {
+  switch (taken) {
+    case DigestInput::kNothing:
+      return "nothing";
+    case DigestInput::kRebuilt:
+      return "constants in its place";
+    case DigestInput::kRecord:
+      return "record without its seal";
+    case DigestInput::kFactValue:
+      return "its first four bytes";
+    case DigestInput::kAudio:
+      return "audio and its size";
+  }
+  return "";
+}
+
+}  // namespace corvo

@@ -1,0 +1,36 @@
+#ifndef TOOLS_CORVO_EVIDENCE_WORDING_H
+#define TOOLS_CORVO_EVIDENCE_WORDING_H
+
+#include <string>
+#include <vector>
+
+#include "tools/corvo/evidence/Evidence.h"
+
+namespace corvo {
+
+// The sentences of a report, the same in all its forms. They must bear being read out in court:
+// each says what was computed, or what follows from it.
+
+// What the verdict means, for those who have never heard of the format.
+std::string PlainVerdict(const RecordingEvidence& evidence);
+
+// How the verdict was found, what it can't show, and how to find it without this program.
+std::vector<std::string> Method();
+std::vector<std::string> Limits();
+std::vector<std::string> WithoutThisProgram();
+const char* CommandsWithoutThisProgram();
+
+// Why there is a waveform, or why not.
+const char* WaveformNote(bool asked);
+
+// Said of a recording that is not ok and that nothing explains.
+Explanation Unexplained(const RecordingEvidence& evidence);
+
+// A metadata item by what it holds, as far as that is known: "Duration", "Call detail 7".
+std::string ItemLabel(const Item& item);
+
+const char* DigestInputWord(DigestInput taken);
+
+}  // namespace corvo
+
+#endif
