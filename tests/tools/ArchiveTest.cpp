@@ -1,0 +1,278 @@
+// corvo verify and corvo summary over archives.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "support/Scratch.h"
+#include "tools/Shell.h"
+
+namespace {
+
+using corvo_test::MakeDirectory;
+using corvo_test::Ran;
+using corvo_test::ReadFile;
+using corvo_test::Shell;
+using corvo_test::WriteFile;
+using nlohmann::json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr bool kEmulated = sizeof CORVO_EMULATOR > 1;
+
+std::string With(std::string bytes, std::size_t at, const std::string& replacement) {
+  return bytes.replace(at, replacement.size(), replacement);
+}
+
+// A sealed recording with 40 bytes of audio.
+std::string Sealed(const Shell& shell) {
+  shell.Run(
+      "head -c 40 $SAMPLES/now-recording.g726 >s.g726 &&"
+      " corvo record s.wav s.g726 --codec g726 --start 7 && corvo seal s.wav; rm s.g726");
+  const std::string sealed = ReadFile(shell.Path("s.wav"));
+  shell.Run("rm s.wav");
+  EXPECT_EQ(sealed.size(), 3210u);
+  return sealed;
+}
+
+struct Damage {
+  const char* verdict;
+  std::string bytes;
+  const char* reason;
+};
+
+std::vector<Damage> Damages(const std::string& sealed) {
+  return {
+      {"broken", With(sealed, 3200, "\1\2"), "its digest is not the one that was sealed"},
+      {"broken", With(sealed, 310, "\1\2"), "its digest is not the one that was sealed"},
+      {"unsealed", With(sealed, 298, "\2"), "it isn't marked as sealed"},
+      {"malformed", sealed.substr(0, 3190), "it lacks 20 of its 40 bytes of audio"},
+      {"malformed", "Dear Sir,", "it is no WAVE file"},
+      {"malformed", With(sealed, 52, "ALCX"), "it has no \"ALCH\" chunk where one belongs"},
+  };
+}
+
+bool Has(const Shell& shell, const char* program) {
+  return shell.Run(std::string("command -v ") + program).exitCode == 0;
+}
+
+TEST(CorvoArchive, TellsEachVerdictAsTextAsJsonAndByItsExitCode) {
+  const Shell shell("verdicts");
+  const std::string sealed = Sealed(shell);
+  std::vector<Damage> rows = Damages(sealed);
+  rows.push_back({"ok", sealed, ""});
+  for (const Damage& row : rows) {
+    SCOPED_TRACE(row.reason);
+    const std::string verdict = row.verdict;
+    const int exitCode = verdict == "ok" ? 0 : 1;
+    WriteFile(shell.Path("x.wav"), row.bytes);
+    const std::string line =
+        verdict == "ok" ? "x.wav: OK\n" : "x.wav: FAILED (" + verdict + ": " + row.reason + ")\n";
+    const Ran text = shell.Run("corvo verify x.wav");
+    EXPECT_EQ(text.exitCode, exitCode);
+    EXPECT_THAT(text.output, testing::StartsWith(line + "1 input: "));
+    EXPECT_THAT(text.output, HasSubstr("1 " + verdict));
+
+    const Ran lines = shell.Run("corvo verify --json x.wav");
+    EXPECT_EQ(lines.exitCode, exitCode);
+    const json object = json::parse(lines.output.substr(0, lines.output.find('\n')));
+    EXPECT_EQ(object["verdict"], verdict);
+    EXPECT_EQ(object["size"], row.bytes.size());
+    EXPECT_EQ(object["reason"], verdict == "ok" ? json() : json(row.reason));
+    EXPECT_EQ(object["computed_digest"].is_string() &&
+                  object["computed_digest"] != object["stored_digest"],
+              verdict == "broken");
+    EXPECT_EQ(object.size(), 16u);  // the same members whatever is wrong
+
+    const Ran silent = shell.Run("corvo verify --status x.wav");
+    EXPECT_EQ(silent.exitCode, exitCode);
+    EXPECT_EQ(silent.output, "");
+    EXPECT_EQ(shell.Run("corvo verify --quiet x.wav").output.find("x.wav: OK"), std::string::npos);
+  }
+}
+
+TEST(CorvoArchive, TellsWhatCannotBeVerified) {
+  const Shell shell("trouble");
+  const std::string sealed = Sealed(shell);
+  WriteFile(shell.Path("x.wav"), sealed);
+  WriteFile(shell.Path("long.wav"), sealed + "more");
+  const struct {
+    const char* command;
+    int exitCode;
+    const char* part;
+  } rows[] = {
+      {"corvo verify gone.wav x.wav", 2,
+       "gone.wav: FAILED (unreadable: No such file or directory)\nx.wav: OK\n2 inputs: 1 ok"},
+      {"mkfifo pipe && corvo verify pipe", 2, "(unreadable: it is not a regular file)"},
+      {"corvo verify </dev/null", 2, "nothing to check"},
+      {"mkdir -p empty && corvo verify empty", 2, "nothing to check"},
+      {"corvo verify --files-from gone", 2, "gone: No such file or directory"},
+      {"corvo verify --shard 3/2 x.wav", 2, "3/2"},
+      {"corvo verify long.wav", 0, "long.wav: OK"},
+      {"corvo verify --strict long.wav", 1, "long.wav: FAILED (malformed: "},
+      {"corvo verify --through-host-call x.wav long.wav", 0, "2 inputs: 2 ok"},
+      {"corvo verify x.wav >/dev/full", 2, "can't be written"},
+      // While it is read, its times change all the time.
+      {"cp x.wav big.wav && truncate -s 64M big.wav && printf '\\000\\000\\300\\003' |"
+       " dd of=big.wav bs=1 seek=3166 conv=notrunc status=none;"
+       " (until test -e stop; do touch big.wav; done) & corvo verify big.wav; code=$?;"
+       " touch stop; wait; exit $code",
+       2, "big.wav: FAILED (changed: it changed while it was read)"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.command);
+    const Ran ran = shell.Run(row.command);
+    EXPECT_EQ(ran.exitCode, row.exitCode);
+    EXPECT_THAT(ran.output, HasSubstr(row.part));
+  }
+}
+
+TEST(CorvoArchive, NamesAreBytesAndAreReadBack) {
+  const Shell shell("names");
+  const std::string sealed = Sealed(shell);
+  const std::string names[] = {"a.wav",          "b\nc.wav",     "d\\e.wav",           "f\xFFg.wav",
+                               "h\rj k\x01.wav", "\xC3\xA9.wav", std::string(250, 'l')};
+  MakeDirectory(shell.Path("in"));
+  for (const std::string& name : names) WriteFile(shell.Path("in/" + name), sealed);
+  const std::string expected = R"(in/a.wav: OK
+\in/b\nc.wav: OK
+\in/d\\e.wav: OK
+\in/f\xffg.wav: OK
+\in/h\rj k\x01.wav: OK
+)"
+                               "in/" +
+                               std::string(250, 'l') +
+                               ": OK\nin/\xC3\xA9.wav: OK\n"
+                               "7 inputs: 7 ok, 0 broken, 0 unsealed, 0 malformed, 0 unreadable, "
+                               "0 changed\n";
+  std::string sorted = shell.Run("corvo verify in").output;
+  EXPECT_EQ(sorted.size(), expected.size());
+  for (const char* command :
+       {"corvo verify in | sed '$d; s/: OK$//' >list; corvo verify --files-from list",
+        "find in -type f -print0 | LC_ALL=C sort -z | corvo verify -0 --files-from -",
+        "corvo verify --json in >json; corvo summary json"}) {
+    EXPECT_EQ(shell.Run(command).output, sorted) << command;
+  }
+  std::istringstream lines(expected);
+  for (std::string line; std::getline(lines, line);) EXPECT_THAT(sorted, HasSubstr(line + "\n"));
+}
+
+// Ten thousand recordings, each twenty-third of them damaged in one of six ways.
+class BigArchive : public testing::Test {
+ protected:
+  static constexpr int kRecordings = kEmulated ? 1000 : 10000;
+
+  BigArchive() : m_shell("archive") {
+    const std::string sealed = Sealed(m_shell);
+    const std::vector<Damage> damages = Damages(sealed);
+    for (int i = 0; i < kRecordings; ++i) {
+      const std::string directory = "archive/" + std::to_string(i / 500);
+      if (i % 500 == 0) MakeDirectory(m_shell.Path(directory));
+      const Damage* const damage =
+          i % 23 == 0 ? &damages[static_cast<std::size_t>(i / 23) % damages.size()] : nullptr;
+      const std::string name = directory + "/" + std::to_string(i) + ".wav";
+      WriteFile(m_shell.Path(name), damage == nullptr ? sealed : damage->bytes);
+      const std::string line = damage == nullptr ? ": OK"
+                                                 : std::string(": FAILED (") + damage->verdict +
+                                                       ": " + damage->reason + ")";
+      m_expected.push_back(name + line);
+      ++m_counts[damage == nullptr ? "ok" : damage->verdict];
+    }
+    std::sort(m_expected.begin(), m_expected.end(), [](const auto& a, const auto& b) {
+      return a.substr(0, a.find(": ")) < b.substr(0, b.find(": "));
+    });
+  }
+
+  std::string Expected() const {
+    std::string text;
+    for (const std::string& line : m_expected) text += line + "\n";
+    const auto count = [this](const char* verdict) { return std::to_string(m_counts.at(verdict)); };
+    return text + std::to_string(kRecordings) + " inputs: " + count("ok") + " ok, " +
+           count("broken") + " broken, " + count("unsealed") + " unsealed, " + count("malformed") +
+           " malformed, 0 unreadable, 0 changed\n";
+  }
+
+  Shell m_shell;
+  std::vector<std::string> m_expected;
+  std::map<std::string, int> m_counts;
+};
+
+TEST_F(BigArchive, IsToldAlikeByAnyNumberOfJobsShardsAndMachines) {
+  const std::string expected = Expected();
+  const Ran one = m_shell.Run("corvo verify --jobs 1 archive");
+  EXPECT_EQ(one.exitCode, 1);
+  ASSERT_TRUE(one.output == expected) << one.output.substr(0, 2000);
+  EXPECT_TRUE(m_shell.Run("corvo verify --jobs 8 archive").output == expected);
+  EXPECT_EQ(m_shell
+                .Run("corvo verify --json -j1 archive >1; corvo verify --json -j8 archive >8;"
+                     " cmp 1 8")
+                .exitCode,
+            0);
+
+  const std::string shard = "corvo verify --json --shard $i/4 archive >result.$i";
+  m_shell.Run("for i in 1 2 3 4; do " + shard + " & done; wait");
+  const Ran merged = m_shell.Run("corvo summary result.*");
+  EXPECT_EQ(merged.exitCode, 1);
+  EXPECT_TRUE(merged.output == expected) << merged.output.substr(0, 2000);
+
+  const Ran partly = m_shell.Run("corvo summary result.1 result.2 result.4 2>&1 >/dev/null");
+  EXPECT_EQ(partly.exitCode, 2);
+  EXPECT_THAT(partly.output, AllOf(HasSubstr("shard 3/4 is missing"), HasSubstr("missing inputs")));
+  EXPECT_THAT(m_shell.Run("corvo summary result.* result.2").output, HasSubstr("twice"));
+
+  if (!Has(m_shell, "parallel")) GTEST_SKIP() << "no GNU parallel here";
+  EXPECT_TRUE(m_shell
+                  .Run("rm result.*; parallel \"$EMULATOR '" CORVO_COMMAND
+                       "' verify --json --shard {}/4 archive >result.{}\" ::: 1 2 3 4;"
+                       " corvo summary result.*")
+                  .output == expected);
+}
+
+// The list comes through a pipe that stays open, so that the signal always finds the run waiting.
+TEST_F(BigArchive, GoesOnWhereItWasInterrupted) {
+  const Ran interrupted = m_shell.Run(
+      "find archive -type f | LC_ALL=C sort >list; mkfifo names;"
+      " sh -c 'echo $$ >pid; exec '\"$EMULATOR\"' " CORVO_COMMAND
+      " verify --resume journal --files-from names >part 2>note; ' & exec 3>names;"
+      " head -n 300 list >&3; until test -e journal && test $(wc -l <journal) -gt 250;"
+      " do sleep 0.05; done; kill -TERM $(cat pid); wait $!");
+  EXPECT_EQ(interrupted.exitCode, 143);
+  EXPECT_THAT(ReadFile(m_shell.Path("note")),
+              AllOf(HasSubstr("interrupted"), HasSubstr("journal")));
+  const std::string part = ReadFile(m_shell.Path("part"));
+  EXPECT_THAT(part, Not(HasSubstr(" inputs: ")));
+  const std::string expected = Expected();
+  EXPECT_EQ(expected.compare(0, part.size(), part), 0);
+
+  m_shell.Run("printf '{\"input\":' >>journal");  // a line that was cut short
+  const std::string resume =
+      "(cat list >names &) ; corvo verify --resume journal --files-from names";
+  EXPECT_TRUE(m_shell.Run(resume).output == expected);
+  EXPECT_TRUE(m_shell.Run(resume).output == expected);  // now from the journal alone
+  EXPECT_EQ(m_shell.Run("corvo verify --strict --resume journal archive").exitCode, 2);
+}
+
+TEST(CorvoArchive, LeavesNoTraceInTheArchive) {
+  const Shell shell("trace");
+  MakeDirectory(shell.Path("in/deep"));
+  WriteFile(shell.Path("in/deep/x.wav"), Sealed(shell));
+  shell.Run("touch -a -d 2001-01-01 in in/deep in/deep/x.wav; stat -c '%x %y %z' in in/deep/* >1");
+  shell.Run("corvo verify in; stat -c '%x %y %z' in in/deep/* >2");
+  EXPECT_EQ(ReadFile(shell.Path("1")), ReadFile(shell.Path("2")));
+
+  if (kEmulated || !Has(shell, "strace")) GTEST_SKIP() << "system calls can't be traced here";
+  const Ran traced = shell.Run("strace -f -o calls " CORVO_COMMAND " verify in");
+  if (traced.exitCode != 0) GTEST_SKIP() << "system calls can't be traced here: " << traced.output;
+  const std::string writing =
+      "grep -E 'O_WRONLY|O_RDWR|O_CREAT|unlink|rename|mkdir|chmod|chown|utime|truncate|link\\(' "
+      "calls";
+  EXPECT_EQ(shell.Run(writing).output, "");
+  EXPECT_THAT(ReadFile(shell.Path("calls")), HasSubstr("x.wav\", O_RDONLY|"));
+}
+
+}  // namespace
