@@ -35,7 +35,7 @@ void MappedSource::Rewind() {
 
 void MappedSource::Meet(const ChunkHeader& header) {
   m_lastChunk = Position() - kHeaderSize;
-  m_nextChunk = Position() + header.size;
+  m_lastSize = header.size;
   const DigestInput taken = Take(header);
   if (m_found.chunkCount == RecordingExamination::kMostChunks) {
     m_found.moreChunks = true;
@@ -67,7 +67,7 @@ void MappedSource::CompleteMap(DWORD riffSize) {
 void MappedSource::MeetTheRest() {
   ChunkHeader header;
   do {
-    MoveTo(m_nextChunk);
+    MoveTo(m_lastChunk + kHeaderSize + m_lastSize);
   } while (!m_found.moreChunks && !AtEnd() && ReadChunkHeader(*this, header));
 }
 

@@ -17,6 +17,7 @@ class MappedSource : public DescriptorSource {
   void Meet(const ChunkHeader& header) override;
 
   LONGLONG LastChunk() const { return m_lastChunk; }  // where the header met last begins
+  DWORD LastSize() const { return m_lastSize; }       // what it declares
 
   // Goes on from the chunk met last to the end of the file, as far as the map has room, and fills
   // in what is not known on the way.
@@ -31,7 +32,7 @@ class MappedSource : public DescriptorSource {
   RecordingExamination& m_found;
   std::size_t m_steps = 0;  // of the way to the audio, since the start
   LONGLONG m_lastChunk = 0;
-  LONGLONG m_nextChunk = 0;
+  DWORD m_lastSize = 0;
 };
 
 #endif

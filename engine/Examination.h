@@ -52,6 +52,7 @@ struct RecordingExamination {
   bool hasRecord = false;
   NA_INFO record{};           // as it stands in the file, the seal included
   LONGLONG recordOffset = 0;  // of its chunk's header
+  DWORD recordSize = 0;       // of its payload, as declared
 
   // Where the audio is; known when the walk through the chunks got there.
   bool hasAudio = false;

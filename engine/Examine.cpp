@@ -131,7 +131,10 @@ class Examination {
     unsigned long riffSize = 0;
     WalkRefusal audioRefusal;
     m_found.hasRecord = ReadRecord(source, m_found.record, &riffSize, m_refusal);
-    if (m_found.hasRecord) m_found.recordOffset = source.LastChunk();
+    if (m_found.hasRecord) {
+      m_found.recordOffset = source.LastChunk();
+      m_found.recordSize = source.LastSize();
+    }
     FindAudio(source, audioRefusal);
     if (m_found.hasRecord) m_refusal = audioRefusal;
     if (m_refusal.kind == WalkRefusal::kNoRiff || m_refusal.kind == WalkRefusal::kNoWave) {

@@ -17,6 +17,7 @@
 #include "tools/corvo/archive/ArchiveCommands.h"
 #include "tools/corvo/archive/Interruption.h"
 #include "tools/corvo/evidence/EvidenceCommands.h"
+#include "tools/corvo/trust/TrustCommands.h"
 
 namespace corvo {
 namespace {
@@ -202,6 +203,7 @@ void AddCommands(CLI::App& app, Request& request) {
   AddFilesCommand(app, "status", "Tell whether recordings are sealed", request, ShowStatus);
   AddProperties(app, request);
   AddEvidence(app, request.run);
+  AddTrust(app, request.run);
   AddSummary(app, request.run);
   AddAdministration(app, request.runAsHost);
 }
