@@ -194,11 +194,9 @@ class Examination {
   }
 
   void Judge() {
-    if (!m_found.hasRecord) {
-      Conclude(RecordingVerdict::kMalformed, Text(m_refusal));
-    } else if (!m_sealed) {
+    if (m_found.hasRecord && !m_sealed) {
       Conclude(RecordingVerdict::kUnsealed, "it isn't marked as sealed");
-    } else if (!m_found.hasAudio) {
+    } else if (!m_found.hasRecord || !m_found.hasAudio) {
       Conclude(RecordingVerdict::kMalformed, Text(m_refusal));
     } else if (IsTooLong()) {
       Conclude(RecordingVerdict::kMalformed, "it is longer than any sealed recording");

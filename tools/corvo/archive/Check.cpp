@@ -12,14 +12,13 @@ namespace corvo {
 
 // Devices and the like aren't opened at all: that alone can have effects.
 RecordingFile::RecordingFile(std::string name) : m_name(std::move(name)), m_state(StateOf(m_name)) {
-  if (!m_state) {
-    m_refusal = ErrorText(errno);
-  } else if (S_ISDIR(m_state->mode)) {
+  if (m_state && S_ISDIR(m_state->mode)) {
     m_refusal = "it is a directory";
-  } else if (!S_ISREG(m_state->mode)) {
+  } else if (m_state && !S_ISREG(m_state->mode)) {
     m_refusal = "it is not a regular file";
-  } else if (m_file = OpenReadOnly(m_name, 0); !m_file.IsOpen()) {
-    m_refusal = ErrorText(errno);
+  } else {
+    if (m_state) m_file = OpenReadOnly(m_name, 0);
+    if (!m_file.IsOpen()) m_refusal = ErrorText(errno);
   }
 }
 

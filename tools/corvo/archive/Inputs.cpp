@@ -118,7 +118,7 @@ bool Inputs::NextGiven(GivenName& given) {
 }
 
 // Into a directory whose name ends with "/". True: it can't be read, and is an input itself.
-bool Inputs::Descend(const std::string directory, Input& input) {
+bool Inputs::Descend(const std::string& directory, Input& input) {
   Level level{directory, {}, 0};
   const int error = List(directory, level.entries);
   m_levels.push_back(std::move(level));
@@ -136,7 +136,10 @@ bool Inputs::TakeEntry(Input& input) {
   }
   const DirectoryEntry& entry = level.entries[level.next++];
   input = {0, level.prefix + entry.name, {}};
-  if (entry.IsDirectory()) return Descend(input.name, input);
+  if (entry.IsDirectory()) {
+    const std::string directory = input.name;
+    return Descend(directory, input);
+  }
   if (entry.isLink && LeadsToDirectory(input.name)) {
     input.refusal = "it is a link to a directory: not followed";
   }

@@ -72,7 +72,7 @@ class Inputs {
   bool NextGiven(GivenName& given);
   bool TakeEntry(Input& input);
   bool TakeGiven(const GivenName& given, Input& input);
-  bool Descend(std::string directory, Input& input);
+  bool Descend(const std::string& directory, Input& input);
 
   InputPlan m_plan;
   std::size_t m_nextName = 0;

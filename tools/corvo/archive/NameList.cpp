@@ -14,7 +14,7 @@
 namespace corvo {
 namespace {
 
-constexpr std::size_t kReadSize = 64 * 1024;
+constexpr std::size_t kReadSize = 65536;
 constexpr int kLookMilliseconds = 200;  // for an interruption
 
 // Waits for input. False: interrupted.

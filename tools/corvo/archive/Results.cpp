@@ -72,7 +72,7 @@ RunOptions ReadOptions(const Json& object) {
 }
 
 std::string ReadName(const Json& object) {
-  const std::string text = object.at("name").get<std::string>();
+  std::string text = object.at("name").get<std::string>();
   if (!object.at("escaped").get<bool>()) return text;
   const std::optional<std::string> name = UnescapeName(text);
   if (!name) throw InputError("the name is not an escaped one");
