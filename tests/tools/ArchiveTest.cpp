@@ -234,16 +234,22 @@ TEST_F(BigArchive, IsToldAlikeByAnyNumberOfJobsShardsAndMachines) {
 }
 
 // The list comes through a pipe that stays open, so that the signal always finds the run waiting.
+// Under emulation a thread that returns from a signal's handler takes itself for another one: there
+// the run is killed.
 TEST_F(BigArchive, GoesOnWhereItWasInterrupted) {
+  const std::string signal = kEmulated ? "KILL" : "TERM";
   const Ran interrupted = m_shell.Run(
       "find archive -type f | LC_ALL=C sort >list; mkfifo names;"
       " sh -c 'echo $$ >pid; exec '\"$EMULATOR\"' " CORVO_COMMAND
       " verify --resume journal --files-from names >part 2>note; ' & exec 3>names;"
       " head -n 300 list >&3; until test -e journal && test $(wc -l <journal) -gt 250;"
-      " do sleep 0.05; done; kill -TERM $(cat pid); wait $!");
-  EXPECT_EQ(interrupted.exitCode, 143);
-  EXPECT_THAT(ReadFile(m_shell.Path("note")),
-              AllOf(HasSubstr("interrupted"), HasSubstr("journal")));
+      " do sleep 0.05; done; kill -" +
+      signal + " $(cat pid); wait $!");
+  EXPECT_EQ(interrupted.exitCode, kEmulated ? 137 : 143);
+  if (!kEmulated) {
+    EXPECT_THAT(ReadFile(m_shell.Path("note")),
+                AllOf(HasSubstr("interrupted"), HasSubstr("journal")));
+  }
   const std::string part = ReadFile(m_shell.Path("part"));
   EXPECT_THAT(part, Not(HasSubstr(" inputs: ")));
   const std::string expected = Expected();
@@ -268,9 +274,11 @@ TEST(CorvoArchive, LeavesNoTraceInTheArchive) {
   if (kEmulated || !Has(shell, "strace")) GTEST_SKIP() << "system calls can't be traced here";
   const Ran traced = shell.Run("strace -f -o calls " CORVO_COMMAND " verify in");
   if (traced.exitCode != 0) GTEST_SKIP() << "system calls can't be traced here: " << traced.output;
+  // The thread sanitizer has a file of its own.
   const std::string writing =
-      "grep -E 'O_WRONLY|O_RDWR|O_CREAT|unlink|rename|mkdir|chmod|chown|utime|truncate|link\\(' "
-      "calls";
+      "grep -E '^[0-9]+ "
+      "(unlink|rename|link|symlink|mkdir|rmdir|f?chmod|f?l?chown|utime|f?truncate)|"
+      "O_WRONLY|O_RDWR|O_CREAT' calls | grep -v tsan.rodata";
   EXPECT_EQ(shell.Run(writing).output, "");
   EXPECT_THAT(ReadFile(shell.Path("calls")), HasSubstr("x.wav\", O_RDONLY|"));
 }
