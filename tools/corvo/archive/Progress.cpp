@@ -2,6 +2,8 @@
 
 #include "tools/corvo/archive/Progress.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <exception>
@@ -65,7 +67,8 @@ void Survey::Count(const InputPlan& plan) {
   }
 }
 
-Progress::Progress(const InputPlan& plan) : m_survey(plan) {
+Progress::Progress(const InputPlan& plan)
+    : m_survey(plan), m_sharesTerminal(::isatty(STDOUT_FILENO) != 0) {
 }
 
 void Progress::Add(long long bytes, bool isKnown) {
@@ -96,6 +99,10 @@ void Progress::Draw() {
   std::fprintf(stderr, "%s%s", kEraseLine, Line(std::max(seconds, 0.001)).c_str());
   m_drawn = now;
   m_isShown = true;
+}
+
+void Progress::MakeRoom() {
+  if (m_sharesTerminal) Erase();
 }
 
 void Progress::Erase() {

@@ -50,7 +50,9 @@ class Progress {
   // Draws the line, at most five times a second.
   void Draw();
 
-  // To be called before anything else is written to the terminal.
+  // To be called before a result is printed: makes room for it where both share the terminal.
+  void MakeRoom();
+
   void Erase();
 
  private:
@@ -64,6 +66,7 @@ class Progress {
   Clock::time_point m_started = Clock::now();
   Clock::time_point m_drawn{};
   bool m_isShown = false;
+  const bool m_sharesTerminal;
 };
 
 }  // namespace corvo

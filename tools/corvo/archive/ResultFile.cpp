@@ -3,6 +3,7 @@
 #include "tools/corvo/archive/ResultFile.h"
 
 #include <errno.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <fstream>
@@ -22,7 +23,9 @@ bool IsEarlier(const ResultPlace& a, const ResultPlace& b) {
 }  // namespace
 
 ResultFile::ResultFile(const std::string& path) : m_path(path), m_file(OpenReadOnly(path, 0)) {
-  if (!m_file.IsOpen()) throw InputError(NameInLine(path), ErrorText(errno));
+  const std::optional<FileState> state = m_file.IsOpen() ? StateOf(m_file) : std::nullopt;
+  if (!state) throw InputError(NameInLine(path), ErrorText(errno));
+  if (!S_ISREG(state->mode)) throw InputError(NameInLine(path), "is not a regular file");
   std::ifstream stream(path, std::ios::binary);
   std::string line;
   while (std::getline(stream, line)) {
@@ -33,7 +36,12 @@ ResultFile::ResultFile(const std::string& path) : m_path(path), m_file(OpenReadO
     }
   }
   if (stream.bad() || !stream.eof()) throw InputError(NameInLine(path), "can't be read");
+  if (!m_rest.empty() && m_rest.front() != '{') RefuseContent();
   Sort();
+}
+
+void ResultFile::RefuseContent() const {
+  throw InputError(NameInLine(m_path), "holds other than results of \"corvo verify --json\"");
 }
 
 void ResultFile::TakeLine(const std::string& line) {
@@ -46,7 +54,7 @@ void ResultFile::TakeLine(const std::string& line) {
   }
   const std::optional<ParsedLine> parsed = ParseJsonLine(line);
   if (!parsed || parsed->kind == ParsedLine::Kind::kResult) {
-    throw InputError(NameInLine(m_path), "holds other than results of \"corvo verify --json\"");
+    RefuseContent();
   }
   m_options = parsed->totals.options;
   if (parsed->kind == ParsedLine::Kind::kTotals) m_totals = parsed->totals;

@@ -41,6 +41,7 @@ class ResultFile {
   const std::string& Rest() const { return m_rest; }
 
  private:
+  [[noreturn]] void RefuseContent() const;
   void TakeLine(const std::string& line);
   void Sort();
 

@@ -97,6 +97,7 @@ class Summary {
 
   void TellMissingShards() {
     Shard shard = m_totals.options.shard;
+    if (shard.IsEverything()) return;
     for (shard.index = 1; shard.index <= shard.count; ++shard.index) {
       if (m_shards.count(shard.index) == 0) Tell("shard " + shard.Text() + " is missing");
     }

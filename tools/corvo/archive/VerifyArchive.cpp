@@ -98,7 +98,7 @@ class Run {
     const Result& result = done.result;
     m_counts.Add(result.verdict);
     if (m_journal && !done.isKnown) m_journal->Add(result);
-    if (m_progress && IsPrinted(m_plan.print, result)) m_progress->Erase();
+    if (m_progress && IsPrinted(m_plan.print, result)) m_progress->MakeRoom();
     Print(m_plan.print, result);
     if (!m_progress) return;
     m_progress->Add(result.size, done.isKnown);
