@@ -66,14 +66,14 @@ class Corpus {
   }
 
   void AddSizes() {
-    for (const std::size_t at : {4, 16, 32, 56, 3154, 3166}) {
+    for (const std::size_t at : {4u, 16u, 32u, 56u, 3154u, 3166u}) {
       for (const std::size_t size : {0u, 1u, 4u, 7u, 15u, 16u, 18u, 39u, 41u, 269u, 3089u, 3091u,
                                      0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
         Add(With(m_sealed, at, Le32(size)));
       }
     }
     // What a longer "eyre" or "fact" chunk holds behind its value is read as chunks.
-    for (const std::size_t at : {28, 3162}) {
+    for (const std::size_t at : {28u, 3162u}) {
       std::string file = m_sealed;
       file.insert(at, "more" + Le32(2) + "xx");
       Add(With(file, at == 28 ? 16 : 3154, Le32(at == 28 ? 18 : 14)));
@@ -82,7 +82,7 @@ class Corpus {
 
   void AddPieces() {
     for (const std::size_t length :
-         {0, 3, 11, 12, 19, 28, 40, 52, 60, 300, 322, 3149, 3158, 3169}) {
+         {0u, 3u, 11u, 12u, 19u, 28u, 40u, 52u, 60u, 300u, 322u, 3149u, 3158u, 3169u}) {
       Add(m_sealed.substr(0, length));
     }
     for (std::size_t length = kHeaderSize; length <= m_sealed.size(); ++length) {
