@@ -75,7 +75,7 @@ bool G726Decoder::IsTransition(int magnitude) const {
 void G726Decoder::AdaptPoles(int sign, bool flat) {
   const bool same1 = sign == m_pk[0];
   const bool same2 = sign == m_pk[1];
-  const int pull = std::clamp(m_a[0], -8191, 8191) << 2;
+  const int pull = std::clamp(m_a[0], -8191, 8191) * 4;
   const int gain2 = flat ? 0 : ((same2 ? 16384 : -16384) + (same1 ? -pull : pull)) >> 7;
   const int gain1 = flat ? 0 : (same1 ? 192 : -192);
   m_a[1] = std::clamp(m_a[1] + gain2 - (m_a[1] >> 7), -12288, 12288);
