@@ -11,6 +11,7 @@
 
 #include "support/Scratch.h"
 #include "tools/Shell.h"
+#include "tools/corvo/Utf8.h"
 #include "tools/corvo/archive/Names.h"
 
 namespace {

@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "engine/RecordingSeal.h"
+#include "tools/corvo/Hex.h"
 #include "tools/corvo/HostServices.h"
 #include "tools/corvo/InputError.h"
 #include "tools/corvo/Metadata.h"
@@ -44,15 +45,10 @@ long long EndAfter(long long start, const Recording& recording, const SealPlan& 
 
 // Texts may hold anything; a line stays a line.
 std::string OneLine(const std::string& text) {
-  static const char kDigits[] = "0123456789abcdef";
   std::string line;
   for (const char c : text) {
-    const unsigned char byte = static_cast<unsigned char>(c);
-    if (byte >= 0x20 && byte != 0x7F) {
-      line += c;
-    } else {
-      line += {'\\', 'x', kDigits[byte / 16], kDigits[byte % 16]};
-    }
+    const auto byte = static_cast<unsigned char>(c);
+    line += byte >= 0x20 && byte != 0x7F ? std::string(1, c) : EscapedByte(c);
   }
   return line;
 }

@@ -11,6 +11,7 @@
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/tstring.h"
 #include "platform/HostServices.h"
+#include "tools/corvo/Hex.h"
 #include "tools/corvo/InputError.h"
 
 namespace corvo {
@@ -64,11 +65,7 @@ class Bitmap {
         static_cast<unsigned char>(on ? m_bytes[id / 8] | bit : m_bytes[id / 8] & ~bit);
   }
 
-  tstring Text() const {
-    tstring text;
-    for (const unsigned char byte : m_bytes) text.AppendFormat("%02x", unsigned{byte});
-    return text;
-  }
+  std::string Text() const { return Hex(m_bytes.data(), m_bytes.size()); }
 
  private:
   std::array<unsigned char, kIds / 8> m_bytes{};
@@ -162,7 +159,7 @@ Outcome SwitchTraceIds(const std::vector<std::string>& on, const std::vector<std
   SwitchAll(bitmap, off, false);
   SwitchNamed(bitmap, on, true);
   SwitchNamed(bitmap, off, false);
-  if (!on.empty() || !off.empty()) Write(kBitmapKey, bitmap.Text());
+  if (!on.empty() || !off.empty()) Write(kBitmapKey, bitmap.Text().c_str());
   for (unsigned id = 0; id < kIds; ++id) {
     if (!NameOf(id).empty()) PrintId(id, bitmap);
   }

@@ -2,60 +2,26 @@
 
 #include "tools/corvo/archive/Names.h"
 
+#include "tools/corvo/Hex.h"
+#include "tools/corvo/Utf8.h"
+
 namespace corvo {
 namespace {
-
-constexpr char kDigits[] = "0123456789abcdef";
 
 unsigned ByteAt(const std::string& bytes, std::size_t at) {
   return at < bytes.size() ? static_cast<unsigned char>(bytes[at]) : 0;
 }
 
-// How many bytes a UTF-8 sequence has by its first one; 0 for bytes that begin none.
-std::size_t DeclaredLength(unsigned first) {
-  if (first < 0x80) return 1;
-  if (first >= 0xC2 && first < 0xE0) return 2;
-  if (first >= 0xE0 && first < 0xF0) return 3;
-  return first >= 0xF0 && first < 0xF5 ? 4 : 0;
-}
-
-// Second bytes are limited where a shorter sequence would do, and for what is no character.
-bool MayFollow(unsigned first, unsigned second) {
-  switch (first) {
-    case 0xE0:
-      return second >= 0xA0;
-    case 0xED:
-      return second < 0xA0;
-    case 0xF0:
-      return second >= 0x90;
-    case 0xF4:
-      return second < 0x90;
-    default:
-      return true;
-  }
-}
-
-// The length of the UTF-8 sequence that begins here, or 0.
-std::size_t SequenceLength(const std::string& bytes, std::size_t at) {
-  const unsigned first = ByteAt(bytes, at);
-  const std::size_t length = DeclaredLength(first);
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((ByteAt(bytes, at + i) & 0xC0) != 0x80) return 0;
-  }
-  return length < 2 || MayFollow(first, ByteAt(bytes, at + 1)) ? length : 0;
-}
-
 // How many bytes may stand in a line as they are; 0 when the first must be escaped. Terminals obey
 // the control characters of both sets, the second being U+0080 to U+009F.
-std::size_t PrintableLength(const std::string& bytes, std::size_t at) {
-  const unsigned first = ByteAt(bytes, at);
-  if (first < 0x20 || first == 0x7F || first == '\\') return 0;
-  if (first == 0xC2 && ByteAt(bytes, at + 1) < 0xA0) return 0;
-  return SequenceLength(bytes, at);
+std::size_t PrintableSize(const std::string& bytes, std::size_t at) {
+  const Utf8Character character = CharacterAt(bytes, at);
+  const char32_t code = character.code;
+  const bool isControl = code < 0x20 || (code >= 0x7F && code < 0xA0);
+  return isControl || code == U'\\' ? 0 : character.size;
 }
 
 void AppendEscaped(std::string& text, char c) {
-  const unsigned byte = static_cast<unsigned char>(c);
   switch (c) {
     case '\\':
       text += "\\\\";
@@ -67,7 +33,7 @@ void AppendEscaped(std::string& text, char c) {
       text += "\\r";
       break;
     default:
-      text += {'\\', 'x', kDigits[byte / 16], kDigits[byte % 16]};
+      text += EscapedByte(c);
   }
 }
 
@@ -102,22 +68,12 @@ bool TakeEscape(const std::string& text, std::size_t& at, std::string& bytes) {
 
 }  // namespace
 
-bool IsUtf8(const std::string& bytes) {
-  std::size_t at = 0;
-  while (at < bytes.size()) {
-    const std::size_t length = SequenceLength(bytes, at);
-    if (length == 0) return false;
-    at += length;
-  }
-  return true;
-}
-
 bool NeedsEscaping(const std::string& bytes) {
   std::size_t at = 0;
   while (at < bytes.size()) {
-    const std::size_t length = PrintableLength(bytes, at);
-    if (length == 0) return true;
-    at += length;
+    const std::size_t size = PrintableSize(bytes, at);
+    if (size == 0) return true;
+    at += size;
   }
   return false;
 }
@@ -126,12 +82,12 @@ std::string EscapeName(const std::string& bytes) {
   std::string text;
   std::size_t at = 0;
   while (at < bytes.size()) {
-    const std::size_t length = PrintableLength(bytes, at);
-    if (length == 0) {
+    const std::size_t size = PrintableSize(bytes, at);
+    if (size == 0) {
       AppendEscaped(text, bytes[at++]);
     } else {
-      text.append(bytes, at, length);
-      at += length;
+      text.append(bytes, at, size);
+      at += size;
     }
   }
   return text;

@@ -9,8 +9,6 @@ namespace corvo {
 // File names are bytes. These write any of them as one line of text, in the manner of the checksum
 // tools, and read it back exactly.
 
-bool IsUtf8(const std::string& bytes);
-
 // Whether a name holds a backslash, a control character or bytes that are no UTF-8.
 bool NeedsEscaping(const std::string& bytes);
 

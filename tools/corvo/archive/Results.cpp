@@ -6,7 +6,9 @@
 #include <cstring>
 #include <nlohmann/json.hpp>
 
+#include "tools/corvo/Hex.h"
 #include "tools/corvo/InputError.h"
+#include "tools/corvo/Utf8.h"
 #include "tools/corvo/archive/Names.h"
 
 namespace corvo {
@@ -16,15 +18,8 @@ using Json = nlohmann::ordered_json;
 
 constexpr char kResultStart[] = "{\"input\":";
 
-std::string HexText(const unsigned char* bytes, std::size_t count) {
-  static constexpr char kDigits[] = "0123456789abcdef";
-  std::string text;
-  for (std::size_t i = 0; i < count; ++i) text += {kDigits[bytes[i] / 16], kDigits[bytes[i] % 16]};
-  return text;
-}
-
 Json DigestOrNull(bool known, const unsigned char* digest) {
-  return known ? Json(HexText(digest, kDigestSize)) : Json();
+  return known ? Json(Hex(digest, kDigestSize)) : Json();
 }
 
 template <class Number>

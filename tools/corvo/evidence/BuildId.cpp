@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-#include "tools/corvo/evidence/SelfTest.h"
+#include "tools/corvo/Hex.h"
 
 namespace corvo {
 namespace {

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "LarkspurCommon/sha256.h"
+#include "tools/corvo/Hex.h"
 #include "tools/corvo/archive/Check.h"
 #include "tools/corvo/evidence/Blocks.h"
 #include "tools/corvo/evidence/BuildId.h"

@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tools/corvo/Hex.h"
+#include "tools/corvo/Utf8.h"
 #include "tools/corvo/archive/Names.h"
 #include "tools/corvo/archive/Verdicts.h"
 #include "tools/corvo/evidence/Visible.h"

@@ -2,6 +2,7 @@
 
 #include "tools/corvo/evidence/EvidencePage.h"
 
+#include "tools/corvo/Hex.h"
 #include "tools/corvo/archive/Verdicts.h"
 #include "tools/corvo/evidence/Figures.h"
 #include "tools/corvo/evidence/Visible.h"

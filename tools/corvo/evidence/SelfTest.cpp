@@ -5,6 +5,7 @@
 #include "LarkspurCommon/sha1.h"
 #include "LarkspurCommon/sha256.h"
 #include "engine/NaInfo.h"
+#include "tools/corvo/Hex.h"
 
 namespace corvo {
 namespace {
@@ -40,15 +41,6 @@ std::string Sha256(const std::string& text) {
 }
 
 }  // namespace
-
-std::string Hex(const unsigned char* bytes, std::size_t size) {
-  static const char kDigits[] = "0123456789abcdef";
-  std::string text;
-  for (std::size_t i = 0; i < size; ++i) {
-    text += {kDigits[bytes[i] / 16], kDigits[bytes[i] % 16]};
-  }
-  return text;
-}
 
 std::vector<KnownAnswer> RunSelfTest() {
   const Message messages[] = {

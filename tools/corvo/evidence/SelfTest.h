@@ -19,9 +19,6 @@ struct KnownAnswer {
 // Runs SHA-1 and SHA-256 over the messages of FIPS 180.
 std::vector<KnownAnswer> RunSelfTest();
 
-// "0a1b..."
-std::string Hex(const unsigned char* bytes, std::size_t size);
-
 }  // namespace corvo
 
 #endif
