@@ -34,6 +34,7 @@ Examples:
   corvo properties call.wav
   corvo inspect call.wav
   corvo report call.wav -o report.html
+  corvo manifest archive -o archive.sha256
   corvo settings --dir /etc list
   corvo trace --dir /etc level 9
 

@@ -2,11 +2,10 @@
 
 #include "tools/corvo/archive/ArchiveCommands.h"
 
-#include <algorithm>
 #include <memory>
-#include <thread>
 
 #include "tools/corvo/InputError.h"
+#include "tools/corvo/archive/Jobs.h"
 #include "tools/corvo/archive/Summary.h"
 #include "tools/corvo/archive/VerifyArchive.h"
 
@@ -14,8 +13,6 @@ namespace corvo {
 namespace {
 
 using Run = std::function<Outcome()>;
-
-constexpr unsigned kMostJobs = 1024;
 
 constexpr char kVerifyFooter[] = R"(
 Verdicts: ok; broken, unsealed, malformed (exit code 1); unreadable,
@@ -67,9 +64,7 @@ void AddRunning(CLI::App& command, VerifyPlan& plan) {
                 "Malformed is also what departs from the sealed layout\n"
                 "where the seal doesn't look")
       ->excludes(host);
-  command.add_option("--jobs,-j", plan.jobs, "How many at once. By default the processors")
-      ->check(CLI::Range(1u, kMostJobs))
-      ->type_name("N");
+  AddJobs(command, plan.jobs);
   command
       .add_option("--resume", plan.journal,
                   "Keep the results in this file as well, and don't examine\n"
@@ -81,7 +76,6 @@ void AddRunning(CLI::App& command, VerifyPlan& plan) {
 
 void AddVerify(CLI::App& app, Run& run, Run& runAsHost) {
   const auto plan = std::make_shared<VerifyPlan>();
-  plan->jobs = std::clamp(std::thread::hardware_concurrency(), 1u, kMostJobs);
   CLI::App& command =
       *app.add_subcommand("verify", "Verify that sealed recordings are what was sealed");
   AddInputs(command, *plan);

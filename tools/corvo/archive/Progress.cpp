@@ -67,8 +67,8 @@ void Survey::Count(const InputPlan& plan) {
   }
 }
 
-Progress::Progress(const InputPlan& plan)
-    : m_survey(plan), m_sharesTerminal(::isatty(STDOUT_FILENO) != 0) {
+Progress::Progress(const InputPlan& plan) : m_sharesTerminal(::isatty(STDOUT_FILENO) != 0) {
+  if (::isatty(STDERR_FILENO) != 0) m_survey.emplace(plan);
 }
 
 void Progress::Add(long long bytes, bool isKnown) {
@@ -78,7 +78,7 @@ void Progress::Add(long long bytes, bool isKnown) {
 }
 
 std::string Progress::Line(double seconds) const {
-  const Amount* const all = m_survey.Found();
+  const Amount* const all = m_survey->Found();
   std::string line = std::to_string(m_done.files);
   if (all != nullptr) line += " of " + std::to_string(all->files);
   line += " files, " + Bytes(static_cast<double>(m_done.bytes));
@@ -93,6 +93,7 @@ std::string Progress::Line(double seconds) const {
 }
 
 void Progress::Draw() {
+  if (!m_survey) return;
   const Clock::time_point now = Clock::now();
   if (now - m_drawn < kRedraw) return;
   const double seconds = std::chrono::duration<double>(now - m_started).count();

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -36,7 +37,8 @@ class Survey {
   std::thread m_thread;
 };
 
-// The line on a terminal that says how far a long run has come. One thread uses it.
+// The line that says how far a long run has come. It is shown where standard error is a terminal;
+// elsewhere nothing is. One thread uses it.
 class Progress {
  public:
   explicit Progress(const InputPlan& plan);
@@ -60,7 +62,7 @@ class Progress {
 
   std::string Line(double seconds) const;
 
-  Survey m_survey;
+  std::optional<Survey> m_survey;  // none where nothing is shown
   Amount m_done;
   long long m_read = 0;  // bytes, in this run
   Clock::time_point m_started = Clock::now();

@@ -2,8 +2,6 @@
 
 #include "tools/corvo/archive/VerifyArchive.h"
 
-#include <unistd.h>
-
 #include <iostream>
 #include <optional>
 
@@ -38,9 +36,9 @@ void BeStrict(RecordingExamination& found) {
 
 class Run {
  public:
-  explicit Run(const VerifyPlan& plan) : m_plan(plan), m_inputs(plan.inputs) {
+  explicit Run(const VerifyPlan& plan)
+      : m_plan(plan), m_inputs(plan.inputs), m_progress(plan.inputs) {
     if (!plan.journal.empty()) m_journal.emplace(plan.journal, plan.options);
-    if (::isatty(STDERR_FILENO)) m_progress.emplace(plan.inputs);
   }
 
   Outcome Do() {
@@ -56,12 +54,10 @@ class Run {
     work.next = [this](Input& input) { return m_inputs.Next(input); };
     work.work = [this](const Input& input) { return Verify(input); };
     work.put = [this](Work& done) { Put(done); };
-    work.tick = [this] {
-      if (m_progress) m_progress->Draw();
-    };
+    work.tick = [this] { m_progress.Draw(); };
     work.mustStop = [] { return NotedSignal() != 0; };
     work.Run(m_plan.jobs);
-    if (m_progress) m_progress->Erase();
+    m_progress.Erase();
   }
 
   Work Verify(const Input& input) const {
@@ -98,11 +94,10 @@ class Run {
     const Result& result = done.result;
     m_counts.Add(result.verdict);
     if (m_journal && !done.isKnown) m_journal->Add(result);
-    if (m_progress && IsPrinted(m_plan.print, result)) m_progress->MakeRoom();
+    if (IsPrinted(m_plan.print, result)) m_progress.MakeRoom();
     Print(m_plan.print, result);
-    if (!m_progress) return;
-    m_progress->Add(result.size, done.isKnown);
-    m_progress->Draw();
+    m_progress.Add(result.size, done.isKnown);
+    m_progress.Draw();
   }
 
   Outcome Finish() {
@@ -122,7 +117,7 @@ class Run {
   const VerifyPlan& m_plan;
   Inputs m_inputs;
   std::optional<Journal> m_journal;
-  std::optional<Progress> m_progress;
+  Progress m_progress;
   VerdictCounts m_counts;
 };
 

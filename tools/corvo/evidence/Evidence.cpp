@@ -5,33 +5,17 @@
 #include <algorithm>
 #include <cstring>
 
-#include "LarkspurCommon/sha256.h"
-#include "tools/corvo/Hex.h"
 #include "tools/corvo/archive/Check.h"
-#include "tools/corvo/evidence/Blocks.h"
+#include "tools/corvo/archive/FileDigest.h"
 #include "tools/corvo/evidence/BuildId.h"
 #include "tools/corvo/evidence/UtcTime.h"
 
 namespace corvo {
 namespace {
 
-constexpr std::size_t kSha256Size = 32;
-
-int HashWholeFile(const RecordingFile& file, LONGLONG size, std::string& hex) {
-  SHA256_CTX context;
-  unsigned char digest[kSha256Size];
-  SHA256Init(&context);
-  const int error = ReadBlocks(
-      file.File(), 0, size,
-      [&](const unsigned char* bytes, unsigned count) { SHA256Update(&context, bytes, count); });
-  SHA256Final(digest, &context);
-  if (error == 0) hex = Hex(digest, sizeof digest);
-  return error;
-}
-
 int ReadTheRest(const RecordingFile& file, bool withWaveform, RecordingEvidence& evidence) {
   const RecordingExamination& found = evidence.found;
-  const int error = HashWholeFile(file, found.fileSize, evidence.sha256);
+  const int error = DigestFile(file.File(), found.fileSize, evidence.sha256);
   if (error != 0 || !withWaveform || !found.hasAudio) return error;
   const LONGLONG there = LONGLONG{found.audioSize} - found.missingAudio;
   return DecodeWaveform(file.File(), found.audioOffset, there, evidence.waveform.emplace());

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "tools/corvo/evidence/Blocks.h"
+#include "tools/corvo/archive/Blocks.h"
 
 namespace corvo {
 

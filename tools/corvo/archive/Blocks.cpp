@@ -1,6 +1,6 @@
 // Reads files of any length in little memory.
 
-#include "tools/corvo/evidence/Blocks.h"
+#include "tools/corvo/archive/Blocks.h"
 
 #include <unistd.h>
 
