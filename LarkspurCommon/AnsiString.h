@@ -10,6 +10,7 @@
 
 #include "LarkspurCommon/tstring.h"
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 
 class AnsiString;
 
@@ -187,6 +188,7 @@ class CORVO_API AnsiString : public tstring {
 
   mutable wchar_t* m_wide = nullptr;  // the last wide conversion, from malloc
 };
+CORVO_SIZE(28, 40, AnsiString);
 
 // By bytes, as Compare orders them: up to the first NUL.
 CORVO_API bool operator==(AnsiString const& left, AnsiString const& right);

@@ -14,6 +14,7 @@
 #include "LarkspurCommon/tstring.h"
 #include "platform/Export.h"
 #include "platform/HostServices.h"
+#include "platform/InterfaceCheck.h"
 #include "platform/Win32Types.h"
 
 namespace settings {
@@ -345,6 +346,7 @@ class CORVO_API VMRegistry {
   template <class Number>
   bool ReadNumber(int key, const char* name, Number& value) const;
 };
+CORVO_SIZE(1284, 1744, VMRegistry);
 
 // Names of entries, in any letter case: directories; what belongs to one machine; either of the
 // two; what is kept under the VPIM key.

@@ -1,13 +1,13 @@
 #ifndef LARKSPURCOMMON_CORVOINIDATA_H
 #define LARKSPURCOMMON_CORVOINIDATA_H
 
-#include <ctime>
 #include <list>
 #include <map>
 
 #include "LarkspurCommon/CritSect.h"
 #include "LarkspurCommon/tstring.h"
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 #include "platform/Win32Types.h"
 
 // A store of keys and values in a flat text file of "KEY=value" lines, ended by CR LF, in byte
@@ -58,7 +58,7 @@ class CORVO_API CorvoIniData {
   void SaveChange();
 
   bool m_fileExists = false;
-  time_t m_lastWriteTime = -1;
+  long m_lastWriteTime = -1;  // TFileHandler's mark
   Entries m_data;
   char m_fileName[MAX_PATH];
   CriticalSection m_cs;
@@ -67,5 +67,9 @@ class CORVO_API CorvoIniData {
   DWORD m_lastAttempt = 0;  // os_clock() then
   bool m_busy = false;      // with the file: what reports its failures may ask this store
 };
+
+CORVO_SIZE(12, 24, std::list<tstring>);
+CORVO_SIZE(24, 48, std::map<tstring, tstring>);
+CORVO_SIZE(376, 456, CorvoIniData);
 
 #endif

@@ -7,6 +7,7 @@
 
 #include "LarkspurCommon/tstring.h"
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 #include "platform/Win32Types.h"
 
 // A lock that knows its owner and where and since when it is held. The owner may take it again:
@@ -92,5 +93,10 @@ class CORVO_API DebugLockHelper {
   bool m_locked;  // this guard took the lock
   DebugLock* m_pLock;
 };
+
+CORVO_SIZE(72, 112, CriticalSection);
+CORVO_SIZE(20, 32, LockCriticalSection);
+CORVO_SIZE(32, 56, DebugLock);
+CORVO_SIZE(12, 24, DebugLockHelper);
 
 #endif

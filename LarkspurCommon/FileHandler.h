@@ -2,11 +2,11 @@
 #define LARKSPURCOMMON_FILEHANDLER_H
 
 #include <cstddef>
-#include <ctime>
 #include <memory>
 
 #include "LarkspurCommon/tstring.h"
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 #include "platform/Win32Types.h"
 
 enum OpenFileMode : DWORD {
@@ -19,6 +19,10 @@ enum NewLine_Mode : DWORD {
   NLM_BINARY = 0,
   NLM_TEXT = 1,  // Write: "\n" becomes CR LF; Read: one line at a time, its end as "\n"
 };
+
+// The C library's time_t as hosts have it by default, 32 bits on i386. A host there that chose the
+// wide one (_TIME_BITS=64) is free to, but its compiler refuses a time_t where this stands.
+using FileSeconds = long;
 
 // The class through which the system touches files. Paths may use either separator and any letter
 // case; a bare file name always means a file in the running program's directory. A path that
@@ -104,13 +108,13 @@ class CORVO_API TFileHandler {
   static bool CopyOwnerAndMode(const char* from, const char* to);
 
   // What the file system knows of a file. By name, a path that is null, empty or not found gives
-  // false (0 for the size) without a message; so does a closed object. `time_t` is the C library's
-  // default one, 32 bits on i386: where it can't hold a file's time, GetLastWriteTime fails with
-  // EOVERFLOW. The SYSTEMTIME forms hold every year up to 65535.
+  // false (0 for the size) without a message; so does a closed object. Where FileSeconds can't
+  // hold a file's time, GetLastWriteTime fails with EOVERFLOW. The SYSTEMTIME forms hold every year
+  // up to 65535.
   static LONGLONG GetFileSize(const char* path);  // EOVERFLOW from 2 GiB on
   bool GetLastWriteTime(SYSTEMTIME& utc);
   bool GetCreationTime(SYSTEMTIME& utc);  // of the last change of status: there is no other
-  static bool GetLastWriteTime(const char* path, time_t& time);  // -1 when false
+  static bool GetLastWriteTime(const char* path, FileSeconds& time);  // -1 when false
   static bool GetLastWriteTime(const char* path, SYSTEMTIME& utc);
   // Takes local time, where the getters give UTC. Fields beyond their range carry over.
   static bool SetLastWriteTime(const char* path, SYSTEMTIME& local);
@@ -118,8 +122,8 @@ class CORVO_API TFileHandler {
   // Whether a file has appeared, gone, or been written since the last call. The caller keeps both
   // variables for the next one and starts with false and any time: one that differs from the
   // file's makes the first call true. `lastWriteTime` is a mark to compare with, in whole seconds:
-  // where time_t is too narrow it holds the time's low bits.
-  static bool HasFileChanged(const char* path, bool& exists, time_t& lastWriteTime);
+  // where FileSeconds is too narrow it holds the time's low bits.
+  static bool HasFileChanged(const char* path, bool& exists, FileSeconds& lastWriteTime);
 
   // A hidden file's name begins with a dot. False when the file couldn't be renamed (an existing
   // file is never replaced); true also when there was nothing to do or no such file. The owner of a
@@ -194,6 +198,10 @@ class CORVO_API TFileHandler {
   char m_reserve = 0;  // a cache of one character where there is no other
   DWORD m_room = 0;    // that writes have left below 2 GiB, at least; what moves the file resets it
 };
+
+CORVO_SIZE(4, 4, OpenFileMode);
+CORVO_SIZE(4, 4, NewLine_Mode);
+CORVO_SIZE(136, 184, TFileHandler);
 
 // Reports a failure of the file layer: a trace line at `level` (0 to 9) and, where the
 // configuration asks for it, an entry in "FileErrors.txt" in the logging directory. Any thread;

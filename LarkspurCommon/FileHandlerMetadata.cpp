@@ -132,13 +132,13 @@ bool TFileHandler::GetCreationTime(SYSTEMTIME& utc) {
   });
 }
 
-bool TFileHandler::GetLastWriteTime(const char* path, time_t& time) {
+bool TFileHandler::GetLastWriteTime(const char* path, FileSeconds& time) {
   time = -1;
   return AtBoundary(kLastWriteByName, __LINE__, false, [&] {
     const NamedFile file(path);
     struct statx status;
     if (!file.ReadStatus(kLastWriteByName, kObtainingStatus, status)) return false;
-    const auto written = static_cast<time_t>(status.stx_mtime.tv_sec);
+    const auto written = static_cast<FileSeconds>(status.stx_mtime.tv_sec);
     if (written != status.stx_mtime.tv_sec) {
       return file.Fail(kLastWriteByName, EOVERFLOW, kObtainingStatus);
     }
@@ -167,7 +167,7 @@ bool TFileHandler::SetLastWriteTime(const char* path, SYSTEMTIME& local) {
   });
 }
 
-bool TFileHandler::HasFileChanged(const char* path, bool& exists, time_t& lastWriteTime) {
+bool TFileHandler::HasFileChanged(const char* path, bool& exists, FileSeconds& lastWriteTime) {
   return AtBoundary(kHasChanged, __LINE__, false, [&] {
     if (path == nullptr || *path == '\0') return false;
     const NamedFile file(path);
@@ -175,7 +175,7 @@ bool TFileHandler::HasFileChanged(const char* path, bool& exists, time_t& lastWr
     exists = true;
     struct statx status;
     return file.ReadStatus(kHasChanged, "retrieving file times for", status) &&
-           Update(lastWriteTime, static_cast<time_t>(status.stx_mtime.tv_sec));
+           Update(lastWriteTime, static_cast<FileSeconds>(status.stx_mtime.tv_sec));
   });
 }
 

@@ -6,6 +6,7 @@
 
 #include "LarkspurCommon/tstring.h"
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 #include "platform/Win32Types.h"
 
 // Small records that the configuration shares with the host, which reads and writes their fields
@@ -115,5 +116,12 @@ class CORVO_API EVMLData {
   tstring m_text2;
   tstring m_text3;
 };
+
+CORVO_SIZE(8, 8, Hour_Minute);
+CORVO_SIZE(20, 20, Time_Period);
+CORVO_SIZE(12, 24, Time_Profile::Periods);
+CORVO_SIZE(8, 16, Time_Profile);
+CORVO_SIZE(124, 160, EVMLData);
+CORVO_OFFSET(28, 32, EVMLData, m_code);
 
 #endif

@@ -2,6 +2,7 @@
 #define LARKSPURCOMMON_XTTIME_H
 
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 #include "platform/Win32Types.h"
 
 extern "C" {
@@ -27,7 +28,7 @@ typedef struct tagTIMESTAMP_STRUCT {
   SQLUINTEGER fraction;  // nanoseconds
 } TIMESTAMP_STRUCT;
 #endif
-static_assert(sizeof(TIMESTAMP_STRUCT) == 16);
+CORVO_SIZE(16, 16, TIMESTAMP_STRUCT);
 
 // A point in time: whole seconds since 1901-01-01 00:00 UTC in 32 bits, so until 2037-02-06. Its
 // calendar fields are worked out when asked for, in local time or UTC as the local flag says, by
@@ -100,6 +101,6 @@ class CORVO_API XTTime {
  private:
   XTTime const& Filled();
 };
-static_assert(sizeof(XTTime) == 20);
+CORVO_SIZE(20, 20, XTTime);
 
 #endif

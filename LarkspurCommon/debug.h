@@ -4,6 +4,7 @@
 #include <stdarg.h>
 
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 #include "platform/Win32Types.h"
 
 class tstring;
@@ -100,6 +101,10 @@ class CORVO_API CDebugTraceFn {
   char const* m_function;  // null: the enter line was not wanted
   DWORD m_id;
 };
+
+CORVO_SIZE(4, 4, wchar_t);
+CORVO_SIZE(4, 8, CDebugIndentOutput);
+CORVO_SIZE(12, 24, CDebugTraceFn);
 
 // The formatted constructors' enter line and indentation. "> function(format)" is cut at 255
 // characters before the arguments are put in.

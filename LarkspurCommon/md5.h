@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 
 // MD5 as RFC 1321 defines it. A context belongs to its caller; different contexts may be used on
 // different threads at once.
@@ -13,7 +14,7 @@ struct MD5_CTX {
   std::uint32_t count[2];    // message bits fed so far, low word first
   unsigned char buffer[64];  // the pending part of the current block
 };
-static_assert(sizeof(MD5_CTX) == 88);
+CORVO_SIZE(88, 88, MD5_CTX);
 
 extern "C" {
 

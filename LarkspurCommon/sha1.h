@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 
 // SHA-1 as FIPS 180-1 defines it. A context belongs to its caller; different contexts may be used
 // on different threads at once.
@@ -13,6 +14,7 @@ struct SHA1_CTX {
   std::uint32_t count[2];    // message bits fed so far, low word first
   unsigned char buffer[64];  // the pending part of the current block
 };
+CORVO_SIZE(92, 92, SHA1_CTX);
 
 // Starts a message: the initial chaining value, nothing fed.
 CORVO_API void SHA1Init(SHA1_CTX* context);

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 
 // SHA-256 as FIPS 180-4 defines it. A context belongs to its caller; different contexts may be used
 // on different threads at once.
@@ -13,7 +14,7 @@ struct SHA256_CTX {
   std::uint32_t count[2];    // message bits fed so far, low word first
   unsigned char buffer[64];  // the pending part of the current block
 };
-static_assert(sizeof(SHA256_CTX) == 104);
+CORVO_SIZE(104, 104, SHA256_CTX);
 
 // Starts a message: the initial chaining value, nothing fed.
 CORVO_API void SHA256Init(SHA256_CTX* context);

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 #include "platform/Win32Types.h"
 
 #define TSTRING_PRINTF(text, args) __attribute__((format(printf, text, args)))
@@ -281,6 +282,11 @@ class CORVO_API tstring : public std::string {
 
   static std::locale const* m_pLoc;
 };
+
+CORVO_SIZE(4, 4, wchar_t);
+CORVO_SIZE(24, 32, std::wstring);
+CORVO_SIZE(24, 32, tstring);
+CORVO_SIZE(12, 24, std::vector<tstring>);
 
 // Concatenation: the left operand as a tstring, with the right one appended.
 CORVO_API tstring operator+(tstring const& left, char right);

@@ -7,6 +7,7 @@
 #include "engine/NaInfo.h"
 #include "engine/RecordingSeal.h"
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 
 // The engine behind the four functions of RecordingSeal.h, for hosts in C++ that also create
 // recordings or look into them. An object belongs to one thread and owns nothing but the text of
@@ -80,5 +81,6 @@ class CORVO_API VerifyRecording {
 
   tstring m_lastError;  // why a reading step refused a file; empty at first
 };
+CORVO_SIZE(24, 32, VerifyRecording);
 
 #endif

@@ -3,6 +3,7 @@
 
 #include "LarkspurCommon/tstring.h"
 #include "engine/NaInfo.h"
+#include "platform/InterfaceCheck.h"
 #include "platform/Win32Types.h"
 
 // What VerifyRecording::Examine finds out about a recording. Plain values of fixed size, whatever
@@ -81,5 +82,13 @@ struct RecordingExamination {
   int departureCount = 0;
   LayoutDeparture departures[kMostDepartures] = {};
 };
+
+CORVO_SIZE(28, 32, RecordingChunk);
+CORVO_SIZE(20, 24, LayoutDeparture);
+CORVO_SIZE(5356, 5704, RecordingExamination);
+CORVO_OFFSET(37, 49, RecordingExamination, record);
+CORVO_OFFSET(3152, 3168, RecordingExamination, audioOffset);
+CORVO_OFFSET(3240, 3264, RecordingExamination, chunks);
+CORVO_OFFSET(5036, 5320, RecordingExamination, departures);
 
 #endif

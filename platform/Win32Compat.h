@@ -15,7 +15,10 @@
 #include <wchar.h>
 
 #include "platform/Export.h"
+#include "platform/InterfaceCheck.h"
 #include "platform/Win32Types.h"
+
+CORVO_SIZE(4, 4, wchar_t);
 
 struct dirent;
 

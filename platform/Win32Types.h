@@ -4,6 +4,8 @@
 /* The Windows-style scalar and record types that the interfaces name. Their sizes are the same on
    every target. Usable from C. */
 
+#include "platform/InterfaceCheck.h"
+
 typedef unsigned int DWORD;
 typedef unsigned int SQLUINTEGER;
 typedef int LONG;
@@ -37,9 +39,11 @@ typedef struct GUID {
   unsigned char Data4[8];
 } GUID;
 
-#ifdef __cplusplus
-static_assert(sizeof(DWORD) == 4 && sizeof(LONG) == 4 && sizeof(SQLUINTEGER) == 4, "32 bits");
-static_assert(sizeof(SYSTEMTIME) == 16 && sizeof(GUID) == 16, "the records hosts pass");
-#endif
+CORVO_SIZE(4, 4, DWORD);
+CORVO_SIZE(4, 4, LONG);
+CORVO_SIZE(4, 4, SQLUINTEGER);
+CORVO_SIZE(8, 8, LONGLONG);
+CORVO_SIZE(16, 16, SYSTEMTIME);
+CORVO_SIZE(16, 16, GUID);
 
 #endif
