@@ -11,6 +11,16 @@ target_compile_options(corvo_rules INTERFACE
 # On i386, stat and open must not fail with EOVERFLOW where inode numbers need 64 bits.
 target_compile_definitions(corvo_rules INTERFACE _FILE_OFFSET_BITS=64)
 
+# What is given out, the library and the command, is compiled and linked with this besides.
+add_library(corvo_product INTERFACE)
+target_link_libraries(corvo_product INTERFACE corvo_rules)
+if(NOT CORVO_SANITIZERS)  # they find more, and earlier
+  target_compile_options(corvo_product INTERFACE
+    -fstack-protector-strong
+    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+  target_link_options(corvo_product INTERFACE -Wl,-z,relro -Wl,-z,now)
+endif()
+
 if(CORVO_SANITIZERS)
   add_compile_options(-fsanitize=${CORVO_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   # GCC finds a null reference in every `catch (abi::__forced_unwind&)` that catches a cancellation.
