@@ -3,6 +3,7 @@
 #include "tools/corvo/evidence/G726Decoder.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 
@@ -20,10 +21,44 @@ constexpr int kToneThreshold = -11776;
 constexpr int kQuietStep = 1536;
 constexpr int kFastSpeed = 256;  // of the speed control; more counts as this
 
-// Of a value that isn't zero.
-int BitLength(int value) {
-  return 32 - __builtin_clz(static_cast<unsigned>(value));
+// Signs are masks: of all bits where negative, else of none. Sound changes its sign as if at
+// random, so that each branch on one would be guessed wrong half the time.
+int SignOf(int value) {
+  return value < 0 ? -1 : 0;
 }
+
+int WithSign(int value, int sign) {
+  return (value ^ sign) - sign;
+}
+
+// 0 of zero.
+constexpr int BitLength(unsigned magnitude) {
+  return 31 - __builtin_clz(2 * magnitude + 1);
+}
+
+// FLOATA of a coefficient. Instead of its exponent: how far a product is shifted to the right, less
+// the signal's exponent.
+struct Factor {
+  std::uint8_t mantissa;
+  std::uint8_t shift;
+};
+
+constexpr unsigned kFactors = 1 << 14;  // by all bits of a coefficient but the lowest two
+constexpr int kMostShift = 28;          // a coefficient has 13 bits, a signal at most 15
+
+constexpr std::array<Factor, kFactors> MakeFactors() {
+  std::array<Factor, kFactors> factors{};
+  for (unsigned i = 0; i < kFactors; ++i) {
+    const unsigned magnitude = (i < kFactors / 2 ? i : kFactors - i) % (kFactors / 2);
+    const int exponent = BitLength(magnitude);
+    factors[i] = {static_cast<std::uint8_t>(magnitude << 6 >> exponent | 32),
+                  static_cast<std::uint8_t>(kMostShift - exponent)};
+  }
+  return factors;
+}
+
+// A sample takes eight of them.
+constexpr std::array<Factor, kFactors> kFactorTable = MakeFactors();
 
 // ANTILOG, of a logarithm with seven fractional bits.
 int Magnitude(int logarithm) {
@@ -34,23 +69,18 @@ int Magnitude(int logarithm) {
 
 }  // namespace
 
-// FLOATA and FLOATB.
-G726Decoder::Float G726Decoder::ToFloat(int magnitude, bool negative) {
-  if (magnitude == 0) return {negative, 0, 32};
-  const int exponent = BitLength(magnitude);
-  return {negative, exponent, (magnitude << 6) >> exponent};
+// FLOATA and FLOATB. The mantissa's highest bit is set, also in that of zero.
+G726Decoder::Float G726Decoder::ToFloat(int magnitude, int sign) {
+  const int exponent = BitLength(static_cast<unsigned>(magnitude));
+  return {sign, exponent, magnitude << 6 >> exponent | 32};
 }
 
 // FMULT.
-int G726Decoder::Multiply(int coefficient, const Float& signal) {
-  const bool negative = coefficient < 0;
-  const int shifted = coefficient >> 2;
-  const Float factor = ToFloat((negative ? -shifted : shifted) & 0x1FFF, negative);
-  const int exponent = signal.exponent + factor.exponent;
+inline int G726Decoder::Multiply(int coefficient, const Float& signal) {
+  const Factor& factor = kFactorTable[static_cast<unsigned>(coefficient >> 2) % kFactors];
   const int mantissa = (signal.mantissa * factor.mantissa + 48) >> 4;
-  const int product = exponent <= 26 ? (mantissa << 7) >> (26 - exponent)
-                                     : ((mantissa << 7) << (exponent - 26)) & 0x7FFF;
-  return signal.negative != factor.negative ? -product : product;
+  const int product = mantissa << 9 >> (factor.shift - signal.exponent) & 0x7FFF;
+  return WithSign(product, signal.sign ^ SignOf(coefficient));
 }
 
 // LIMA and MIX.
@@ -58,8 +88,7 @@ int G726Decoder::StepSize() const {
   const int speed = std::min(m_ap, kFastSpeed) >> 2;
   const int slow = m_yl >> 6;
   const int difference = m_yu - slow;
-  const int product = (std::abs(difference) * speed) >> 6;
-  return slow + (difference < 0 ? -product : product);
+  return slow + WithSign((std::abs(difference) * speed) >> 6, SignOf(difference));
 }
 
 // TRANS.
@@ -70,24 +99,25 @@ bool G726Decoder::IsTransition(int magnitude) const {
   return m_td && magnitude > (threshold + (threshold >> 1)) >> 1;
 }
 
-// UPA2, LIMC, UPA1, LIMD. `sign` and `flat`: of the partially reconstructed signal, whether it is
-// negative, and zero.
+// UPA2, LIMC, UPA1, LIMD. `sign` and `flat`: of the partially reconstructed signal, its sign, and
+// whether it is zero.
 void G726Decoder::AdaptPoles(int sign, bool flat) {
-  const bool same1 = sign == m_pk[0];
-  const bool same2 = sign == m_pk[1];
+  const int differs1 = sign ^ m_pk[0];
+  const int differs2 = sign ^ m_pk[1];
   const int pull = std::clamp(m_a[0], -8191, 8191) * 4;
-  const int gain2 = flat ? 0 : ((same2 ? 16384 : -16384) + (same1 ? -pull : pull)) >> 7;
-  const int gain1 = flat ? 0 : (same1 ? 192 : -192);
+  const int gain2 = flat ? 0 : (WithSign(16384, differs2) - WithSign(pull, differs1)) >> 7;
+  const int gain1 = flat ? 0 : WithSign(192, differs1);
   m_a[1] = std::clamp(m_a[1] + gain2 - (m_a[1] >> 7), -12288, 12288);
   const int limit = 15360 - m_a[1];
   m_a[0] = std::clamp(m_a[0] + gain1 - (m_a[0] >> 8), -limit, limit);
 }
 
 // XOR and UPB.
-void G726Decoder::AdaptZeros(int magnitude, bool negative) {
+void G726Decoder::AdaptZeros(int magnitude, int sign) {
+  const int gain = magnitude == 0 ? 0 : 128;
+  const Float* const dq = &m_dq[m_at];
   for (std::size_t i = 0; i < m_b.size(); ++i) {
-    const int gain = magnitude == 0 ? 0 : (negative == m_dq[i].negative ? 128 : -128);
-    m_b[i] += gain - (m_b[i] >> 8);
+    m_b[i] += WithSign(gain, sign ^ dq[i].sign) - (m_b[i] >> 8);
   }
 }
 
@@ -113,31 +143,32 @@ void G726Decoder::Forget() {
 }
 
 int G726Decoder::Decode(unsigned code) {
+  const Float* const dq = &m_dq[m_at];
   int zeros = 0;
-  for (std::size_t i = 0; i < m_b.size(); ++i) zeros += Multiply(m_b[i], m_dq[i]);
+  for (std::size_t i = 0; i < m_b.size(); ++i) zeros += Multiply(m_b[i], dq[i]);
   const int poles = Multiply(m_a[0], m_sr[0]) + Multiply(m_a[1], m_sr[1]);
   const int zeroEstimate = static_cast<std::int16_t>(zeros) >> 1;
   const int estimate = static_cast<std::int16_t>(zeros + poles) >> 1;
 
   const int step = StepSize();
-  const bool negative = (code & kSignBit) != 0;
+  const int codeSign = (code & kSignBit) != 0 ? -1 : 0;
   const int magnitude = Magnitude(kDqln[code] + (step >> 2));
-  const int difference = negative ? -magnitude : magnitude;
+  const int difference = WithSign(magnitude, codeSign);
   const int signal = static_cast<std::int16_t>(estimate + difference);
   const int partial = difference + zeroEstimate;
-  const int sign = partial < 0 ? 1 : 0;
+  const int sign = SignOf(partial);
   const bool transition = IsTransition(magnitude);
 
   AdaptPoles(sign, partial == 0);
-  AdaptZeros(magnitude, negative);
+  AdaptZeros(magnitude, codeSign);
   AdaptScale(code, step);
   m_td = m_a[1] < kToneThreshold;
   AdaptSpeed(code, step, transition);
   if (transition) Forget();
 
-  std::copy_backward(m_dq.begin(), m_dq.end() - 1, m_dq.end());
-  m_dq[0] = ToFloat(magnitude, negative);
-  m_sr = {ToFloat(std::abs(signal), signal < 0), m_sr[0]};
+  m_at = (m_at == 0 ? m_b.size() : m_at) - 1;
+  m_dq[m_at] = m_dq[m_at + m_b.size()] = ToFloat(magnitude, codeSign);
+  m_sr = {ToFloat(std::abs(signal), SignOf(signal)), m_sr[0]};
   m_pk = {sign, m_pk[0]};
   return std::clamp(signal * 4, -32768, 32767);
 }

@@ -13,20 +13,20 @@ class G726Decoder {
   int Decode(unsigned code);
 
  private:
-  // A sign, a 4-bit exponent and a 6-bit mantissa; this value is zero.
+  // A sign (all bits, or none), a 4-bit exponent and a 6-bit mantissa; this value is zero.
   struct Float {
-    bool negative = false;
+    int sign = 0;
     int exponent = 0;
     int mantissa = 32;
   };
 
-  static Float ToFloat(int magnitude, bool negative);
+  static Float ToFloat(int magnitude, int sign);
   static int Multiply(int coefficient, const Float& signal);
 
   int StepSize() const;
   bool IsTransition(int magnitude) const;
   void AdaptPoles(int sign, bool flat);
-  void AdaptZeros(int magnitude, bool negative);
+  void AdaptZeros(int magnitude, int sign);
   void AdaptScale(unsigned code, int step);
   void AdaptSpeed(unsigned code, int step, bool transition);
   void Forget();
@@ -40,8 +40,9 @@ class G726Decoder {
   std::array<int, 2> m_a{};  // poles
   std::array<int, 6> m_b{};  // zeros
   std::array<Float, 2> m_sr;
-  std::array<Float, 6> m_dq;
-  std::array<int, 2> m_pk{};  // signs of earlier partial signals, 1: negative
+  std::array<Float, 12> m_dq;  // the last six from m_at on, newest first; each stands twice
+  std::size_t m_at = 0;
+  std::array<int, 2> m_pk{};  // signs of earlier partial signals
 };
 
 }  // namespace corvo

@@ -21,6 +21,12 @@ LONGLONG ChooseSecondsPerRow(LONGLONG samples) {
   return 86400;  // so that a file of the largest size takes few more rows
 }
 
+// Columns share a row's samples as evenly as whole samples can.
+LONGLONG ColumnStart(std::size_t column, LONGLONG rowSamples) {
+  const LONGLONG columns = Waveform::kColumnsPerRow;
+  return (static_cast<LONGLONG>(column) * rowSamples + columns - 1) / columns;
+}
+
 }  // namespace
 
 int DecodeWaveform(const Descriptor& file, LONGLONG offset, LONGLONG length, Waveform& waveform) {
@@ -29,11 +35,13 @@ int DecodeWaveform(const Descriptor& file, LONGLONG offset, LONGLONG length, Wav
   const LONGLONG rowSamples = waveform.secondsPerRow * Waveform::kSamplesPerSecond;
   G726Decoder decoder;
   LONGLONG position = 0;
+  LONGLONG nextColumn = 0;  // where it begins; a division for each sample would take long
   const auto take = [&](int sample) {
-    const auto column =
-        static_cast<std::size_t>(position++ * Waveform::kColumnsPerRow / rowSamples);
-    if (column == waveform.columns.size()) waveform.columns.push_back({sample, sample});
-    Waveform::Column& slice = waveform.columns[column];
+    if (position++ == nextColumn) {
+      waveform.columns.push_back({sample, sample});
+      nextColumn = ColumnStart(waveform.columns.size(), rowSamples);
+    }
+    Waveform::Column& slice = waveform.columns.back();
     slice.least = std::min(slice.least, sample);
     slice.greatest = std::max(slice.greatest, sample);
   };
