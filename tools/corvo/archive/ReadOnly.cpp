@@ -1,7 +1,5 @@
 // Opens and looks at files without changing anything about them.
 
-#define _TIME_BITS 64  // gmtime_r beyond 2038
-
 #include "tools/corvo/archive/ReadOnly.h"
 
 #include <errno.h>
@@ -9,10 +7,11 @@
 #include <limits.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
-#include <time.h>
 
 #include <cstdio>
 #include <system_error>
+
+#include "tools/corvo/UtcTime.h"
 
 namespace corvo {
 namespace {
@@ -83,13 +82,9 @@ bool FileState::operator==(const FileState& other) const {
 }
 
 std::string UtcText(const FileTime& time) {
-  const time_t seconds = static_cast<time_t>(time.seconds);
-  struct tm utc {};
-  char text[64];
-  if (::gmtime_r(&seconds, &utc) == nullptr) return std::to_string(time.seconds);
-  std::snprintf(text, sizeof text, "%04lld-%02d-%02dT%02d:%02d:%02d.%09uZ", utc.tm_year + 1900LL,
-                utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec, time.nanoseconds);
-  return text;
+  char decimals[16];
+  std::snprintf(decimals, sizeof decimals, ".%09uZ", time.nanoseconds);
+  return UtcCalendar(time.seconds) + decimals;
 }
 
 std::optional<FileState> StateOf(const std::string& path) {

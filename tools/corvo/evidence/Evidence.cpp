@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "tools/corvo/UtcTime.h"
 #include "tools/corvo/archive/Check.h"
 #include "tools/corvo/archive/FileDigest.h"
 #include "tools/corvo/evidence/BuildId.h"
-#include "tools/corvo/evidence/UtcTime.h"
 
 namespace corvo {
 namespace {

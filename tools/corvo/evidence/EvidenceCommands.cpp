@@ -11,11 +11,11 @@
 #include "tools/corvo/InputError.h"
 #include "tools/corvo/PartFile.h"
 #include "tools/corvo/Paths.h"
+#include "tools/corvo/UtcTime.h"
 #include "tools/corvo/archive/Verdicts.h"
 #include "tools/corvo/evidence/Evidence.h"
 #include "tools/corvo/evidence/EvidenceJson.h"
 #include "tools/corvo/evidence/EvidencePage.h"
-#include "tools/corvo/evidence/UtcTime.h"
 
 namespace corvo {
 namespace {
