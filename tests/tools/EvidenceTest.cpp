@@ -190,16 +190,16 @@ TEST(CorvoEvidence, IdentifiesTheFileAndTheProgram) {
   EXPECT_EQ(recording["sha256"].get<std::string>() + "  sealed.wav\n",
             shell.Run("sha256sum sealed.wav").output);
   EXPECT_EQ(recording["modified"], "2040-02-29T12:00:00.500000000Z");
-  EXPECT_EQ(recording["startTime"], "2024-05-17T09:30:00.0000000Z");
-  EXPECT_EQ(recording["storedDigest"], recording["computedDigest"]);
+  EXPECT_EQ(recording["start_time"], "2024-05-17T09:30:00.0000000Z");
+  EXPECT_EQ(recording["stored_digest"], recording["computed_digest"]);
   EXPECT_EQ(recording["metadata"].size(), 28u);
   EXPECT_EQ(recording["waveform"], nullptr);
-  EXPECT_EQ(found["tool"]["selfTest"].size(), 6u);
+  EXPECT_EQ(found["tool"]["self_test"].size(), 6u);
   const auto buildId = [&](const char* file) {
     return shell.Run(std::string("readelf -n '") + file + "' | sed -n 's/.*Build ID: //p'").output;
   };
-  EXPECT_EQ(found["tool"]["programBuildId"].get<std::string>() + "\n", buildId(CORVO_COMMAND));
-  EXPECT_EQ(found["tool"]["libraryBuildId"].get<std::string>() + "\n", buildId(CORVO_LIBRARY));
+  EXPECT_EQ(found["tool"]["program_build_id"].get<std::string>() + "\n", buildId(CORVO_COMMAND));
+  EXPECT_EQ(found["tool"]["library_build_id"].get<std::string>() + "\n", buildId(CORVO_LIBRARY));
 }
 
 TEST(CorvoEvidence, WritesAReportWhereItIsTold) {
@@ -349,19 +349,19 @@ TEST(CorvoEvidence, DrawsTheSoundOnlyWhenAsked) {
     return json::parse(report)["recordings"][0]["waveform"];
   };
   const json speech = draw(sealed);
-  EXPECT_EQ(speech["secondsPerRow"], 5);
+  EXPECT_EQ(speech["seconds_per_row"], 5);
   const std::vector<int> samples = Decode(audio);
   const auto slice = samples.begin() + 40000 / 900 * 100;  // 44.4 samples each
-  const json& column = speech["leastAndGreatest"][100];
+  const json& column = speech["least_and_greatest"][100];
   EXPECT_LE(column[0], *std::min_element(slice + 45, slice + 88));
   EXPECT_GE(column[1], *std::max_element(slice + 45, slice + 88));
-  EXPECT_EQ(speech["leastAndGreatest"].size(), 417u);  // of 18528 samples
+  EXPECT_EQ(speech["least_and_greatest"].size(), 417u);  // of 18528 samples
 
   std::string minutes = sealed;
   minutes.replace(3166, 4, Le32(600 * 2000)).resize(kHeaderSize + 600 * 2000, '\x3C');
   const json longer = draw(minutes);
-  EXPECT_EQ(longer["secondsPerRow"], 60);
-  EXPECT_EQ(longer["leastAndGreatest"].size(), 10u * 900u);
+  EXPECT_EQ(longer["seconds_per_row"], 60);
+  EXPECT_EQ(longer["least_and_greatest"].size(), 10u * 900u);
   EXPECT_EQ(draw(sealed.substr(0, kHeaderSize + 1000))["samples"], 4000);  // what is there
 
   const std::string asked =

@@ -4,50 +4,27 @@
 
 #include <charconv>
 #include <cstring>
-#include <nlohmann/json.hpp>
 
-#include "tools/corvo/Hex.h"
 #include "tools/corvo/InputError.h"
-#include "tools/corvo/Utf8.h"
+#include "tools/corvo/archive/ExaminationJson.h"
 #include "tools/corvo/archive/Names.h"
 
 namespace corvo {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr char kResultStart[] = "{\"input\":";
-
-Json DigestOrNull(bool known, const unsigned char* digest) {
-  return known ? Json(Hex(digest, kDigestSize)) : Json();
-}
-
-template <class Number>
-Json NumberOrNull(bool known, Number number) {
-  return known ? Json(number) : Json();
-}
 
 void AddState(Json& object, const std::optional<FileState>& state) {
   const FileState known = state.value_or(FileState{});
-  object["size"] = NumberOrNull(state.has_value(), known.size);
-  object["inode"] = NumberOrNull(state.has_value(), known.inode);
-  object["modified"] = state ? Json(UtcText(known.modified)) : Json();
-  object["status_changed"] = state ? Json(UtcText(known.statusChanged)) : Json();
+  object["size"] = ValueOrNull(state.has_value(), known.size);
+  object["inode"] = ValueOrNull(state.has_value(), known.inode);
+  object["modified"] = ValueOrNull(state.has_value(), UtcText(known.modified));
+  object["status_changed"] = ValueOrNull(state.has_value(), UtcText(known.statusChanged));
 }
 
 // The record's text may be any bytes.
 std::string DurationText(const NA_INFO& record) {
   return EscapeName({record.szDuration, ::strnlen(record.szDuration, sizeof record.szDuration)});
-}
-
-Json Departures(const RecordingExamination& found) {
-  Json list = Json::array();
-  for (int i = 0; i < found.departureCount; ++i) {
-    const LayoutDeparture& departure = found.departures[i];
-    list.push_back(
-        {{"offset", departure.offset}, {"size", departure.size}, {"field", departure.field}});
-  }
-  return list;
 }
 
 void AddOptions(Json& object, const RunOptions& options) {
@@ -146,21 +123,16 @@ std::string TextLine(const RunTotals& totals) {
 
 std::string JsonLine(const Result& result, const std::optional<FileState>& state,
                      const RecordingExamination& found) {
-  const bool escaped = !IsUtf8(result.name);
   Json object;
   object["input"] = result.input;
-  object["name"] = escaped ? EscapeName(result.name) : result.name;
-  object["escaped"] = escaped;
+  AddName(object, result.name);
   object["verdict"] = VerdictWord(result.verdict);
-  object["reason"] = result.reason.empty() ? Json() : Json(result.reason);
+  object["reason"] = ValueOrNull(!result.reason.empty(), result.reason);
   AddState(object, state);
-  object["stored_digest"] = DigestOrNull(found.hasRecord, found.record.bySignature);
-  object["computed_digest"] = DigestOrNull(found.hasDigest, found.computedDigest);
-  object["audio_offset"] = NumberOrNull(found.hasAudio, found.audioOffset);
-  object["audio_size"] = NumberOrNull(found.hasAudio, found.audioSize);
-  object["audio_missing"] = NumberOrNull(found.hasAudio, found.missingAudio);
-  object["duration"] = found.hasRecord ? Json(DurationText(found.record)) : Json();
-  object["departures"] = Departures(found);
+  AddDigests(object, found);
+  AddAudio(object, found);
+  object["duration"] = ValueOrNull(found.hasRecord, DurationText(found.record));
+  AddDepartures(object, found);
   return object.dump();
 }
 

@@ -2,11 +2,7 @@
 
 #include "tools/corvo/evidence/EvidenceJson.h"
 
-#include <nlohmann/json.hpp>
-
-#include "tools/corvo/Hex.h"
-#include "tools/corvo/Utf8.h"
-#include "tools/corvo/archive/Names.h"
+#include "tools/corvo/archive/ExaminationJson.h"
 #include "tools/corvo/archive/Verdicts.h"
 #include "tools/corvo/evidence/Visible.h"
 #include "tools/corvo/evidence/Wording.h"
@@ -14,15 +10,8 @@
 namespace corvo {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-Json OrNull(const std::string& text) {
-  return text.empty() ? Json(nullptr) : Json(text);
-}
-
-template <class Value>
-Json If(bool known, const Value& value) {
-  return known ? Json(value) : Json(nullptr);
+Json TextOrNull(const std::string& text) {
+  return ValueOrNull(!text.empty(), text);
 }
 
 Json Chunks(const RecordingExamination& found) {
@@ -31,21 +20,11 @@ Json Chunks(const RecordingExamination& found) {
     const RecordingChunk& chunk = found.chunks[i];
     chunks.push_back({{"id", Visible(std::string(chunk.id, sizeof chunk.id))},
                       {"offset", chunk.offset},
-                      {"declaredSize", chunk.declaredSize},
-                      {"presentSize", chunk.presentSize},
-                      {"digestTakes", DigestInputWord(chunk.taken)}});
+                      {"declared_size", chunk.declaredSize},
+                      {"present_size", chunk.presentSize},
+                      {"digest_takes", DigestInputWord(chunk.taken)}});
   }
   return chunks;
-}
-
-Json Departures(const RecordingExamination& found) {
-  Json departures = Json::array();
-  for (int i = 0; i < found.departureCount; ++i) {
-    const LayoutDeparture& departure = found.departures[i];
-    departures.push_back(
-        {{"offset", departure.offset}, {"size", departure.size}, {"field", departure.field}});
-  }
-  return departures;
 }
 
 Json Explanations(const RecordingEvidence& evidence) {
@@ -86,42 +65,34 @@ Json WaveformObject(const RecordingEvidence& evidence) {
   }
   return {{"codec", "g726"},
           {"samples", evidence.waveform->samples},
-          {"secondsPerRow", evidence.waveform->secondsPerRow},
-          {"columnsPerRow", Waveform::kColumnsPerRow},
-          {"leastAndGreatest", columns}};
-}
-
-Json Audio(const RecordingExamination& found) {
-  if (!found.hasAudio) return nullptr;
-  return {{"offset", found.audioOffset},
-          {"size", found.audioSize},
-          {"missing", found.missingAudio},
-          {"factValue", found.factValue}};
+          {"seconds_per_row", evidence.waveform->secondsPerRow},
+          {"columns_per_row", Waveform::kColumnsPerRow},
+          {"least_and_greatest", columns}};
 }
 
 Json Recording(const RecordingEvidence& evidence) {
   const RecordingExamination& found = evidence.found;
-  const bool escaped = !IsUtf8(evidence.name);
-  return {{"name", escaped ? EscapeName(evidence.name) : evidence.name},
-          {"escaped", escaped},
-          {"verdict", VerdictWord(found.verdict)},
-          {"reason", OrNull(Visible(found.reason))},
-          {"statement", PlainVerdict(evidence)},
-          {"explanations", Explanations(evidence)},
-          {"size", If(!evidence.modified.empty(), found.fileSize)},
-          {"modified", OrNull(evidence.modified)},
-          {"statusChanged", OrNull(evidence.statusChanged)},
-          {"sha256", OrNull(evidence.sha256)},
-          {"startTime", OrNull(evidence.startTime)},
-          {"storedDigest", If(evidence.StoresDigest(), Hex(found.record.bySignature, kDigestSize))},
-          {"computedDigest", If(found.hasDigest, Hex(found.computedDigest, kDigestSize))},
-          {"audio", Audio(found)},
-          {"coverage", Coverage(evidence)},
-          {"metadata", Metadata(evidence)},
-          {"chunks", Chunks(found)},
-          {"moreChunks", found.moreChunks},
-          {"departures", Departures(found)},
-          {"waveform", WaveformObject(evidence)}};
+  Json object;
+  AddName(object, evidence.name);
+  object["verdict"] = VerdictWord(found.verdict);
+  object["reason"] = TextOrNull(Visible(found.reason));
+  object["statement"] = PlainVerdict(evidence);
+  object["explanations"] = Explanations(evidence);
+  object["size"] = ValueOrNull(!evidence.modified.empty(), found.fileSize);
+  object["modified"] = TextOrNull(evidence.modified);
+  object["status_changed"] = TextOrNull(evidence.statusChanged);
+  object["sha256"] = TextOrNull(evidence.sha256);
+  object["start_time"] = TextOrNull(evidence.startTime);
+  AddDigests(object, found);
+  AddAudio(object, found);
+  object["fact_value"] = ValueOrNull(found.hasAudio, found.factValue);
+  object["coverage"] = Coverage(evidence);
+  object["metadata"] = Metadata(evidence);
+  object["chunks"] = Chunks(found);
+  object["more_chunks"] = found.moreChunks;
+  AddDepartures(object, found);
+  object["waveform"] = WaveformObject(evidence);
+  return object;
 }
 
 Json Tool(const ReportingTool& tool) {
@@ -133,10 +104,10 @@ Json Tool(const ReportingTool& tool) {
                        {"computed", answer.computed}});
   }
   return {{"version", tool.version},
-          {"programBuildId", OrNull(tool.programBuildId)},
-          {"libraryBuildId", OrNull(tool.libraryBuildId)},
-          {"selfTestPassed", tool.Passed()},
-          {"selfTest", answers}};
+          {"program_build_id", TextOrNull(tool.programBuildId)},
+          {"library_build_id", TextOrNull(tool.libraryBuildId)},
+          {"self_test_passed", tool.Passed()},
+          {"self_test", answers}};
 }
 
 }  // namespace
@@ -152,7 +123,7 @@ std::string ReportJson(const EvidenceReport& report) {
                        {"waveform", WaveformNote(report.waveformAsked)},
                        {"method", Method()},
                        {"limits", Limits()},
-                       {"withoutThisProgram", WithoutThisProgram()},
+                       {"without_this_program", WithoutThisProgram()},
                        {"commands", CommandsWithoutThisProgram()}};
   return object.dump(2) + '\n';
 }

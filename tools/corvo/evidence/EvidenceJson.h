@@ -7,9 +7,9 @@
 
 namespace corvo {
 
-// For programs: objects of the same shape whatever the verdict, null where nothing is known. The
-// name is itself or, where "escaped" is true, as EscapeName gives it; texts of the recording are as
-// Visible gives them.
+// For programs: objects of the same shape whatever the verdict, null where nothing is known. What
+// the results of a verification have too bears the same name; texts of the recording are as Visible
+// gives them.
 
 // A whole report, indented.
 std::string ReportJson(const EvidenceReport& report);
