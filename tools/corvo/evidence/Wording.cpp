@@ -12,8 +12,8 @@ std::string PlainVerdict(const RecordingEvidence& evidence) {
       return "The seal is intact. What it covers (the sound, its length and the details of the "
              "call) has not been changed since the recording was last sealed.";
     case RecordingVerdict::kBroken:
-      return "The seal is broken. This recording is not what was sealed: something that the seal "
-             "covers was changed afterwards.";
+      return "The seal is broken. What this file holds and what its seal says don't agree: "
+             "something that the seal covers, or the seal itself, was changed after sealing.";
     case RecordingVerdict::kUnsealed:
       return "This recording carries no seal. Whether it was changed can't be told from it.";
     case RecordingVerdict::kMalformed:
