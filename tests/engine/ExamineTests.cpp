@@ -30,10 +30,6 @@ class ExamineTest : public EngineTest {
   }
 };
 
-std::string With(std::string bytes, std::size_t at, const std::string& replacement) {
-  return bytes.replace(at, replacement.size(), replacement);
-}
-
 std::vector<std::string> Chunks(const RecordingExamination& found) {
   static const char* const kTaken[] = {"-", "rebuilt", "record", "fact value", "audio"};
   std::vector<std::string> chunks;

@@ -23,14 +23,6 @@ std::string Wave::Bytes() const {
   return m_riff + Le32(static_cast<unsigned>(m_chunks.size()) + 4) + m_formType + m_chunks;
 }
 
-std::string Le16(unsigned value) {
-  return {static_cast<char>(value), static_cast<char>(value >> 8)};
-}
-
-std::string Le32(unsigned value) {
-  return Le16(value) + Le16(value >> 16);
-}
-
 std::string Format(unsigned tag, unsigned channels, unsigned bits) {
   return Le16(tag) + Le16(channels) + Le32(8000) + Le32(1000 * bits) + Le16(1) + Le16(bits);
 }

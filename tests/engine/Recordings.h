@@ -4,6 +4,7 @@
 #include <string>
 
 #include "engine/NaInfo.h"
+#include "support/Bytes.h"
 
 namespace corvo_test {
 
@@ -23,9 +24,6 @@ class Wave {
   std::string m_formType = "WAVE";
   std::string m_chunks;
 };
-
-std::string Le16(unsigned value);
-std::string Le32(unsigned value);
 
 // A 16-byte format block at 8000 samples per second.
 std::string Format(unsigned tag, unsigned channels, unsigned bits);

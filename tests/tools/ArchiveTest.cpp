@@ -9,6 +9,7 @@
 #include <random>
 #include <sstream>
 
+#include "support/Bytes.h"
 #include "support/Scratch.h"
 #include "tools/Shell.h"
 #include "tools/corvo/Utf8.h"
@@ -20,6 +21,7 @@ using corvo_test::MakeDirectory;
 using corvo_test::Ran;
 using corvo_test::ReadFile;
 using corvo_test::Shell;
+using corvo_test::With;
 using corvo_test::WriteFile;
 using nlohmann::json;
 using testing::AllOf;
@@ -27,21 +29,6 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr bool kEmulated = sizeof CORVO_EMULATOR > 1;
-
-std::string With(std::string bytes, std::size_t at, const std::string& replacement) {
-  return bytes.replace(at, replacement.size(), replacement);
-}
-
-// A sealed recording with 40 bytes of audio.
-std::string Sealed(const Shell& shell) {
-  shell.Run(
-      "head -c 40 $SAMPLES/now-recording.g726 >s.g726 &&"
-      " corvo record s.wav s.g726 --codec g726 --start 7 && corvo seal s.wav; rm s.g726");
-  const std::string sealed = ReadFile(shell.Path("s.wav"));
-  shell.Run("rm s.wav");
-  EXPECT_EQ(sealed.size(), 3210u);
-  return sealed;
-}
 
 struct Damage {
   const char* verdict;
@@ -66,7 +53,7 @@ bool Has(const Shell& shell, const char* program) {
 
 TEST(CorvoArchive, TellsEachVerdictAsTextAsJsonAndByItsExitCode) {
   const Shell shell("verdicts");
-  const std::string sealed = Sealed(shell);
+  const std::string sealed = shell.MakeSealed();
   std::vector<Damage> rows = Damages(sealed);
   rows.push_back({"ok", sealed, ""});
   for (const Damage& row : rows) {
@@ -101,7 +88,7 @@ TEST(CorvoArchive, TellsEachVerdictAsTextAsJsonAndByItsExitCode) {
 
 TEST(CorvoArchive, TellsWhatCannotBeVerified) {
   const Shell shell("trouble");
-  const std::string sealed = Sealed(shell);
+  const std::string sealed = shell.MakeSealed();
   WriteFile(shell.Path("x.wav"), sealed);
   WriteFile(shell.Path("long.wav"), sealed + "more");
   const struct {
@@ -137,7 +124,7 @@ TEST(CorvoArchive, TellsWhatCannotBeVerified) {
 
 TEST(CorvoArchive, NamesAreBytesAndAreReadBack) {
   const Shell shell("names");
-  const std::string sealed = Sealed(shell);
+  const std::string sealed = shell.MakeSealed();
   const std::string names[] = {"a.wav",          "b\nc.wav",     "d\\e.wav",           "f\xFFg.wav",
                                "h\rj k\x01.wav", "\xC3\xA9.wav", std::string(250, 'l')};
   MakeDirectory(shell.Path("in"));
@@ -185,17 +172,11 @@ TEST(CorvoArchive, ReadsBackAnyBytesThatItEscapes) {
   }
 }
 
-struct Command {
-  const char* command;
-  int exitCode;
-  const char* output;
-};
-
 // The archive `in`: a.wav is sealed, b.wav broken, c.wav unsealed, d.wav no recording.
 class SmallArchive : public testing::Test {
  protected:
   SmallArchive() : m_shell("small") {
-    const std::string sealed = Sealed(m_shell);
+    const std::string sealed = m_shell.MakeSealed();
     MakeDirectory(m_shell.Path("in"));
     WriteFile(m_shell.Path("in/a.wav"), sealed);
     WriteFile(m_shell.Path("in/b.wav"), With(sealed, 3200, "\1\2"));
@@ -203,21 +184,11 @@ class SmallArchive : public testing::Test {
     WriteFile(m_shell.Path("in/d.wav"), "Dear Sir,");
   }
 
-  template <std::size_t count>
-  void Walk(const Command (&commands)[count]) {
-    for (const Command& command : commands) {
-      SCOPED_TRACE(command.command);
-      const Ran ran = m_shell.Run(command.command);
-      EXPECT_EQ(ran.exitCode, command.exitCode);
-      EXPECT_EQ(ran.output, command.output);
-    }
-  }
-
   Shell m_shell;
 };
 
 TEST_F(SmallArchive, SkipsNothingInSilence) {
-  const Command commands[] = {
+  m_shell.Walk({
       {"mkdir t t/b t/empty && ln in/a.wav t/b/x && ln in/a.wav t/b.x && ln -s b t/link &&"
        " ln -s ../in/a.wav t/to-file && ln -s gone t/torn && corvo verify t | sed '$d'",
        0,
@@ -246,13 +217,12 @@ TEST_F(SmallArchive, SkipsNothingInSilence) {
        0,
        " FAILED (malformed: it is no WAVE file)\n"
        " 0 ok, 0 broken, 0 unsealed, 1 malformed, 0 unreadable, 0 changed\n"},
-  };
-  Walk(commands);
+  });
 }
 
 // Each thread is told its own reasons.
 TEST_F(SmallArchive, AsksTheLibraryAsHostsDo) {
-  const Command commands[] = {
+  m_shell.Walk({
       {"corvo verify -j4 --through-host-call in", 1,
        "in/a.wav: OK\n"
        "in/b.wav: FAILED (broken: Legal authentication failed for file - \"in/b.wav\")\n"
@@ -260,12 +230,11 @@ TEST_F(SmallArchive, AsksTheLibraryAsHostsDo) {
        "in/d.wav: FAILED (unsealed: no NA_INFO is found within the file \"in/d.wav\"; no signature"
        " found within the file \"in/d.wav\")\n"
        "4 inputs: 1 ok, 1 broken, 2 unsealed, 0 malformed, 0 unreadable, 0 changed\n"},
-  };
-  Walk(commands);
+  });
 }
 
 TEST_F(SmallArchive, TrustsAJournalOnlyAsFarAsItGoes) {
-  const Command commands[] = {
+  m_shell.Walk({
       {"corvo verify --status --resume j in; cp j whole; corvo verify --status --resume j in;"
        " cmp j whole",
        0, ""},
@@ -292,12 +261,11 @@ TEST_F(SmallArchive, TrustsAJournalOnlyAsFarAsItGoes) {
        "corvo: x: holds other than results of \"corvo verify --json\"\n"
        "corvo: y: holds other than results of \"corvo verify --json\"\n"
        "text"},
-  };
-  Walk(commands);
+  });
 }
 
 TEST_F(SmallArchive, SummaryTellsWhatDoesNotFitTogether) {
-  const Command commands[] = {
+  m_shell.Walk({
       {"corvo verify --json in >all; corvo verify --json --strict in >strict; sed '$d' all >torn;"
        " corvo verify --json in/a.wav >one; sed 2d all >gap; printf text >text",
        0, ""},
@@ -317,8 +285,7 @@ TEST_F(SmallArchive, SummaryTellsWhatDoesNotFitTogether) {
       {"corvo summary text", 2,
        "corvo: text: holds other than results of \"corvo verify --json\"\n"},
       {"cat all | corvo summary /dev/stdin", 2, "corvo: /dev/stdin: is not a regular file\n"},
-  };
-  Walk(commands);
+  });
 }
 
 TEST_F(SmallArchive, ShowsProgressOnATerminalAlone) {
@@ -337,7 +304,7 @@ class BigArchive : public testing::Test {
   static constexpr int kRecordings = kEmulated ? 1000 : 10000;
 
   BigArchive() : m_shell("archive") {
-    const std::string sealed = Sealed(m_shell);
+    const std::string sealed = m_shell.MakeSealed();
     const std::vector<Damage> damages = Damages(sealed);
     for (int i = 0; i < kRecordings; ++i) {
       const std::string directory = "archive/" + std::to_string(i / 500);
@@ -436,7 +403,7 @@ TEST_F(BigArchive, GoesOnWhereItWasInterrupted) {
 TEST(CorvoArchive, LeavesNoTraceInTheArchive) {
   const Shell shell("trace");
   MakeDirectory(shell.Path("in/deep"));
-  WriteFile(shell.Path("in/deep/x.wav"), Sealed(shell));
+  WriteFile(shell.Path("in/deep/x.wav"), shell.MakeSealed());
   shell.Run("touch -a -d 2001-01-01 in in/deep in/deep/x.wav; stat -c '%x %y %z' in in/deep/* >1");
   shell.Run("corvo verify in; stat -c '%x %y %z' in in/deep/* >2");
   EXPECT_EQ(ReadFile(shell.Path("1")), ReadFile(shell.Path("2")));

@@ -9,14 +9,17 @@
 #include <nlohmann/json.hpp>
 
 #include "engine/CorvoVerifiedRecording.h"
+#include "support/Bytes.h"
 #include "support/Scratch.h"
 #include "tools/Shell.h"
 #include "tools/corvo/evidence/G726Decoder.h"
 
 namespace {
 
+using corvo_test::Le32;
 using corvo_test::ReadFile;
 using corvo_test::Shell;
+using corvo_test::With;
 using corvo_test::WriteFile;
 using nlohmann::json;
 using testing::AllOf;
@@ -24,16 +27,6 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr std::size_t kHeaderSize = 3170;
-
-std::string Le32(std::size_t value) {
-  std::string bytes;
-  for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(value >> shift & 0xFF);
-  return bytes;
-}
-
-std::string With(std::string bytes, std::size_t at, const std::string& replacement) {
-  return bytes.replace(at, replacement.size(), replacement);
-}
 
 // The sample of 4632 bytes of audio and 18528 samples, sealed.
 std::string Sealed(const Shell& shell) {
@@ -203,11 +196,9 @@ TEST(CorvoEvidence, IdentifiesTheFileAndTheProgram) {
 }
 
 TEST(CorvoEvidence, WritesAReportWhereItIsTold) {
-  const struct {
-    const char* command;
-    int exitCode;
-    const char* output;
-  } steps[] = {
+  const Shell shell("output");
+  Sealed(shell);
+  shell.Walk({
       {"mkdir rec out && cp sealed.wav rec && chmod a-w rec", 0, ""},
       {"corvo report rec/sealed.wav -o out/a.html", 0, ""},
       {"corvo report rec/sealed.wav -o out/a.html", 2,
@@ -225,15 +216,7 @@ TEST(CorvoEvidence, WritesAReportWhereItIsTold) {
       {"corvo report rec/sealed.wav $SAMPLES/now-recording.wav >/dev/null", 1, ""},
       {"corvo report rec/sealed.wav gone.wav $SAMPLES/now-recording.wav >/dev/null", 2, ""},
       {"corvo report rec/sealed.wav >/dev/full", 2, "corvo: the output can't be written\n"},
-  };
-  const Shell shell("output");
-  Sealed(shell);
-  for (const auto& step : steps) {
-    SCOPED_TRACE(step.command);
-    const corvo_test::Ran ran = shell.Run(step.command);
-    EXPECT_EQ(ran.exitCode, step.exitCode);
-    EXPECT_EQ(ran.output, step.output);
-  }
+  });
 }
 
 TEST(CorvoEvidence, ShowsHostileTextsHarmlessly) {

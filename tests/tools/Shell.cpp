@@ -2,6 +2,7 @@
 
 #include "tools/Shell.h"
 
+#include <gtest/gtest.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/wait.h>
@@ -33,6 +34,24 @@ Ran Shell::Run(const std::string& command) const {
   const int status = ::pclose(pipe);
   if (WIFEXITED(status)) ran.exitCode = WEXITSTATUS(status);
   return ran;
+}
+
+void Shell::Walk(std::initializer_list<Step> steps) const {
+  for (const Step& step : steps) {
+    SCOPED_TRACE(step.command);
+    const Ran ran = Run(step.command);
+    EXPECT_EQ(ran.exitCode, step.exitCode);
+    EXPECT_EQ(ran.output, step.output);
+  }
+}
+
+std::string Shell::MakeSealed() const {
+  Run("head -c 40 $SAMPLES/now-recording.g726 >s.g726 &&"
+      " corvo record s.wav s.g726 --codec g726 --start 7 && corvo seal s.wav");
+  std::string sealed = ReadFile(Path("s.wav"));
+  Run("rm s.wav s.g726");
+  EXPECT_EQ(sealed.size(), 3210u);
+  return sealed;
 }
 
 }  // namespace corvo_test

@@ -1,6 +1,7 @@
 #ifndef TESTS_TOOLS_SHELL_H
 #define TESTS_TOOLS_SHELL_H
 
+#include <initializer_list>
 #include <string>
 
 namespace corvo_test {
@@ -19,6 +20,17 @@ class Shell {
 
   Ran Run(const std::string& command) const;
   std::string Path(const std::string& name) const { return m_directory + "/" + name; }
+
+  // Runs one after the other, and expects of each what the row tells.
+  struct Step {
+    const char* command;
+    int exitCode;
+    const char* output;
+  };
+  void Walk(std::initializer_list<Step> steps) const;
+
+  // A sealed recording with 40 bytes of audio.
+  std::string MakeSealed() const;
 
  private:
   std::string m_directory;
