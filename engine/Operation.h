@@ -47,9 +47,15 @@ template <class Body>
 bool RunOperation(const Operation& operation, const char* path, Body body) {
   DebugA(kTraceCall, "> %s(\"%s\")", operation.name, path);
   bool result = false;
-  const unsigned long start = os_clock();
-  ReportExceptions(operation, [&] { body(result); });
-  const unsigned long elapsed = static_cast<DWORD>(os_clock() - start);  // survives a clock's wrap
+  unsigned long start = 0;
+  unsigned long elapsed = 0;
+  ReportExceptions(operation, [&] {
+    start = os_clock();
+    body(result);
+  });
+  ReportExceptions(operation, [&] {
+    elapsed = static_cast<DWORD>(os_clock() - start);  // survives a clock's wrap
+  });
   DebugA(kTraceCall, "< %s(\"%s\") - returning %s and took %lums", operation.name, path,
          result ? "true" : "false", elapsed);
   return result;

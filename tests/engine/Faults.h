@@ -11,11 +11,11 @@ namespace corvo_test {
 
 // The calls of the library that this test program exports its own versions of. Each does what it
 // should unless a fault strikes; but fsync never waits for the disk, and Sleep doesn't sleep.
-enum class Call { Read, Write, Fsync, Unlink, MoveFile, CopyFile, Sleep };
+enum class Call { Read, Write, Fsync, Unlink, MoveFile, CopyFile, Sleep, Clock };
 
 // While it lives, the `nth` (from 1) call of this kind that the thread makes is struck: `strike`
 // runs first, and gives the error number that the call then fails with, or 0 for it to go on.
-// Without a kind, calls of every kind but Sleep count.
+// Without a kind, calls of every kind but Sleep and Clock count.
 class Fault {
  public:
   Fault(std::optional<Call> call, int nth, std::function<int()> strike);
@@ -30,7 +30,6 @@ class Fault {
 extern bool g_movesFail;  // as across file systems
 extern bool g_copiesFail;
 extern bool g_writesAreShort;  // half of the bytes asked for
-extern bool g_clockRuns;       // 10 ms further at each look at the millisecond clock
 
 // A millisecond clock of the process's own, this much further at each look; negative: the real one.
 extern int g_clockStep;

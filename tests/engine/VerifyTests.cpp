@@ -143,5 +143,20 @@ TEST_F(VerifyTest, ExceptionLeavesTheTemporaryFileForTheInquiry) {
   EXPECT_EQ(TemporaryFiles().size(), 1u);
 }
 
+TEST_F(VerifyTest, ExceptionOfTheClockStaysInside) {
+  Sealed();
+  int calls = 0;
+  for (bool struck = true; struck; ++calls) {
+    TraceLog trace;
+    const Fault fault(Call::Clock, calls + 1,
+                      []() -> int { throw std::runtime_error("from the host"); });
+    ASSERT_NO_THROW(Verify()) << "at call " << calls + 1;
+    struck = fault.HasStruck();
+    EXPECT_EQ(trace.Texts(0x25, '2').size(), struck ? 1u : 0u);
+    EXPECT_THAT(trace.Texts(0x27, '8').back(), HasSubstr("returning "));
+  }
+  EXPECT_GT(calls, 2);
+}
+
 }  // namespace
 }  // namespace corvo_test
