@@ -8,18 +8,49 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <random>
 
 #include "platform/Win32Compat.h"
 #include "tools/corvo/InputError.h"
+#include "tools/corvo/archive/Descriptor.h"
 
 namespace corvo {
 
+namespace {
+
+constexpr int kMostNames = 100;  // that are tried, since some may be taken
+
+// Gives 0, or the error for which a file or directory may not be on disk. Some file systems flush
+// no directories, and say so.
+int Flush(const std::string& path, int flags) {
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags));
+  if (!file.IsOpen()) return errno;
+  return ::fsync(file.Number()) == 0 || errno == EINVAL ? 0 : errno;
+}
+
+std::string DirectoryOf(const std::string& path) {
+  return path.substr(0, path.rfind('/') + 1) + ".";
+}
+
+}  // namespace
+
+PartFile::PartFile(const std::string& target) : m_target(target) {
+  MakeEmpty();
+}
+
 // Made here rather than by TFileHandler, which would set the process's umask first.
-PartFile::PartFile(const std::string& target)
-    : m_target(target), m_path(target + "." + std::to_string(::getpid()) + ".part") {
-  const int descriptor = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (descriptor == -1) throw InputError(m_path, std::strerror(errno));
-  ::close(descriptor);
+void PartFile::MakeEmpty() {
+  std::random_device random;
+  for (int left = kMostNames; left > 0; --left) {
+    const std::string path = m_target + "." + std::to_string(random()) + ".part";
+    const Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (file.IsOpen()) {
+      m_path = path;
+      return;
+    }
+    if (errno != EEXIST) break;
+  }
+  throw InputError(m_target, std::strerror(errno));
 }
 
 PartFile::~PartFile() {
@@ -28,10 +59,16 @@ PartFile::~PartFile() {
 
 // MoveFile never replaces a file, not even one that has just appeared.
 void PartFile::Publish(bool replace) {
+  if (const int error = Flush(m_path, 0); error != 0) {
+    throw InputError(m_target, std::strerror(error));
+  }
   const bool done = replace ? std::rename(m_path.c_str(), m_target.c_str()) == 0
                             : MoveFile(m_path.c_str(), m_target.c_str()) != 0;
   if (!done) throw InputError(m_target, std::strerror(errno));
   m_path.clear();
+  if (const int error = Flush(DirectoryOf(m_target), O_DIRECTORY); error != 0) {
+    throw InputError(m_target, std::strerror(error));
+  }
 }
 
 }  // namespace corvo
