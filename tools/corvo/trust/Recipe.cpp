@@ -22,6 +22,7 @@ constexpr LONGLONG kBehindSeal = offsetof(NA_INFO, szItem10) - offsetof(NA_INFO,
 
 constexpr DWORD kRiffSizeWithoutAudio = 3162;
 constexpr LONGLONG kChunkHeader = 8;
+constexpr LONGLONG kSizeOfValue = 4;  // of a chunk's size, and of the fact value
 
 // For a single-quoted shell word.
 std::string Quoted(const std::string& name) {
@@ -60,7 +61,9 @@ class Recipe {
     std::cout << "#!/bin/sh\n"
                  "# Recomputes the seal of a recording. The digest covers a header in a fixed\n"
                  "# layout, in which the seal and the start time are zeros, and the audio.\n"
-              << "file=" << Quoted(m_name) << "\ncomputed=$({\n";
+              << "file=" << Quoted(m_name)
+              << "\ntest -r \"$file\" || { echo \"$file can't be read\" >&2; exit 2; }\n"
+                 "computed=$({\n";
     PrintHeader();
     Tell("the audio: " + std::to_string(m_found.audioSize) + " bytes from offset " +
          std::to_string(m_found.audioOffset));
@@ -88,13 +91,14 @@ class Recipe {
     if (count > 0) std::cout << "  head -c " << count << " /dev/zero\n";
   }
 
+  static void PrintPart(LONGLONG offset, LONGLONG size) {
+    std::cout << "  dd if=\"$file\" bs=1 skip=" << offset << " count=" << size << " status=none\n";
+  }
+
   // A part of the record's payload; what the file lacks of it counts as zeros.
   void PrintRecord(LONGLONG begin, LONGLONG end) const {
     const LONGLONG there = std::clamp(PresentRecord(), begin, end);
-    if (there > begin) {
-      std::cout << "  dd if=\"$file\" bs=1 skip=" << m_found.recordOffset + kChunkHeader + begin
-                << " count=" << there - begin << " status=none\n";
-    }
+    if (there > begin) PrintPart(m_found.recordOffset + kChunkHeader + begin, there - begin);
     PrintZeros(end - there);
   }
 
@@ -115,7 +119,10 @@ class Recipe {
     PrintZeros(kBehindSeal - kFlag);
     PrintRecord(kBehindSeal, kNaInfoPayloadSize);
     Tell("the fact value, and the length of the audio");
-    PrintBytes("fact" + Le32(4) + Le32(m_found.factValue) + "data" + Le32(m_found.audioSize));
+    PrintBytes("fact" + Le32(4));
+    PrintPart(m_found.factOffset, kSizeOfValue);
+    PrintBytes("data");
+    PrintPart(m_found.audioOffset - kSizeOfValue, kSizeOfValue);
   }
 
   const std::string& m_name;
