@@ -72,8 +72,11 @@ TEST_F(CorvoManifest, TellsWhatBecameOfEachFile) {
       {"rm in/d/c.wav; corvo manifest --check list in", 1,
        "in/d/c.wav: FAILED (missing: No such file or directory)\n"
        "3 listed: 0 ok, 1 resealed, 1 altered, 1 missing, 0 unreadable, 0 unlisted\n"},
-      {"rm -r in/d; corvo manifest --check list in --status", 1, ""},
-      {"mkdir -p in/d/c.wav; corvo manifest --check list in", 2,
+      {"rm -r in/d; corvo manifest --check list in --status | wc -c", 0, "0\n"},
+      {"mkdir in/d; ln -s gone in/d/c.wav; corvo manifest --check list in", 2,
+       "in/d/c.wav: FAILED (unreadable: No such file or directory)\n"},
+      {"corvo manifest --check '' in", 2, "the name is empty"},
+      {"rm in/d/c.wav; mkdir in/d/c.wav; corvo manifest --check list in", 2,
        "in/d/c.wav: FAILED (unreadable: it is a directory)\n"}};
   for (const Step& row : rows) Try(row);
 }
@@ -110,6 +113,7 @@ TEST_F(CorvoManifest, OneThatWasTamperedWithIsRefused) {
       {"sed '2s,b.wav,b.wav\\x00,' list", 2, "line 2: there is no digest"},
       {"sed '2s,^,\\\\,; 2s,b,\\\\b,' list", 2, "line 2: there is no digest"},
       {"cat in/a.wav", 2, "line 1: there is no digest"},
+      {"sed '1,3d; s/: 3/: 0/' list", 2, "line 1: it lists no files"},
       {"true", 2, "x: it is no complete manifest"}};
   for (const Step& row : rows) {
     Try({(std::string(row.command) + " >x; corvo manifest --check x in").c_str(), row.exitCode,

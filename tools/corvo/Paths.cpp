@@ -36,10 +36,11 @@ std::string ExistingFile(const std::string& name) {
   return Usable(name, path);
 }
 
-std::string NewFile(const std::string& name) {
+std::string NewFile(const std::string& name, bool force) {
   const fs::path typed(name);
   if (!typed.has_filename() || fs::is_directory(typed)) throw InputError(name, "names no file");
   const fs::path directory = typed.has_parent_path() ? typed.parent_path() : ".";
+  if (!force && fs::exists(typed)) throw InputError(name, "exists already; --force replaces it");
   return Usable(name, Resolved(name, directory) / typed.filename());
 }
 

@@ -14,8 +14,9 @@ namespace corvo {
 // a link to it.
 std::string ExistingFile(const std::string& name);
 
-// Of a file to be made in an existing directory.
-std::string NewFile(const std::string& name);
+// Of a file to be made in an existing directory. One that is there already is refused, unless the
+// user said --force.
+std::string NewFile(const std::string& name, bool force);
 
 // Of a directory that is made if it is missing, and of one that must be there.
 std::string Directory(const std::string& name);

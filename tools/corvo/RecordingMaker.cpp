@@ -58,10 +58,7 @@ void WriteHeader(TFileHandler& file, Codec codec, DWORD audioBytes, long long st
 }  // namespace
 
 void MakeRecording(const RecordingPlan& plan) {
-  const std::string target = NewFile(plan.output);
-  if (!plan.force && std::filesystem::exists(target)) {
-    throw InputError(plan.output, "exists already; --force replaces it");
-  }
+  const std::string target = NewFile(plan.output, plan.force);
   NA_INFO record = MakeRecord(plan);
   const Audio audio = ReadAudio(plan.input, plan.codec);
   if (audio.bytes.size() > kMostAudio) throw InputError(plan.input, "holds too much audio");

@@ -229,13 +229,12 @@ Outcome SetSettings(const SettingsPlan& plan) {
 Outcome ExportSettings(const SettingsPlan& plan) {
   const std::string source = GroupFile(plan);
   std::map<tstring, tstring> entries = Entries(*Open(source));
-  const std::string file = NewFile(plan.file);
+  const std::string file = NewFile(plan.file, plan.force);
   if (std::filesystem::exists(file)) {
     std::error_code ignored;  // where there is no source, it can't be the same
     if (std::filesystem::equivalent(file, source, ignored)) {
       throw InputError(plan.file, "is what would be exported");
     }
-    if (!plan.force) throw InputError(plan.file, "exists already; --force replaces it");
     std::filesystem::remove(file);
   }
   CorvoIniData exported(file.c_str());

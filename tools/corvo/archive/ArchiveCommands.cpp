@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "tools/corvo/InputError.h"
-#include "tools/corvo/archive/Jobs.h"
+#include "tools/corvo/archive/Options.h"
 #include "tools/corvo/archive/Summary.h"
 #include "tools/corvo/archive/VerifyArchive.h"
 
@@ -37,6 +37,7 @@ void AddInputs(CLI::App& command, VerifyPlan& plan) {
   command
       .add_option("--files-from", plan.inputs.list,
                   "A file with more of them, one a line; \"-\" is standard\ninput")
+      ->check(NotEmpty())
       ->type_name("FILE");
   command.add_flag("-0,--null", plan.inputs.zeroSeparated,
                    "They end at zero bytes in it, and are taken as they are");
@@ -69,6 +70,7 @@ void AddRunning(CLI::App& command, VerifyPlan& plan) {
       .add_option("--resume", plan.journal,
                   "Keep the results in this file as well, and don't examine\n"
                   "again what it holds already")
+      ->check(NotEmpty())
       ->type_name("JOURNAL");
 }
 

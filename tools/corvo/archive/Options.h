@@ -1,5 +1,5 @@
-#ifndef TOOLS_CORVO_ARCHIVE_JOBS_H
-#define TOOLS_CORVO_ARCHIVE_JOBS_H
+#ifndef TOOLS_CORVO_ARCHIVE_OPTIONS_H
+#define TOOLS_CORVO_ARCHIVE_OPTIONS_H
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -14,6 +14,12 @@ inline void AddJobs(CLI::App& command, unsigned& jobs) {
   command.add_option("--jobs,-j", jobs, "How many at once. By default the processors")
       ->check(CLI::Range(1u, kMostJobs))
       ->type_name("N");
+}
+
+// Checks that an option has a value: a script's variable that isn't set must not mean that the
+// option wasn't given.
+inline CLI::Validator NotEmpty() {
+  return {[](const std::string& text) { return text.empty() ? "the name is empty" : ""; }, ""};
 }
 
 }  // namespace corvo

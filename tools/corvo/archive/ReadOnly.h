@@ -32,6 +32,11 @@ struct FileState {
   FileTime statusChanged;  // also by what leaves the content alone; nobody can set it back
 
   bool operator==(const FileState& other) const;
+
+  // Whether it is the same file, in whatever state.
+  bool IsFile(const FileState& other) const {
+    return device == other.device && inode == other.inode;
+  }
 };
 
 // Nothing, with errno set, when it fails. A path's links are followed.

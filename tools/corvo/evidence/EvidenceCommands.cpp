@@ -3,15 +3,16 @@
 #include "tools/corvo/evidence/EvidenceCommands.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 
 #include "tools/corvo/InputError.h"
 #include "tools/corvo/PartFile.h"
 #include "tools/corvo/Paths.h"
 #include "tools/corvo/UtcTime.h"
+#include "tools/corvo/archive/ReadOnly.h"
 #include "tools/corvo/archive/Verdicts.h"
 #include "tools/corvo/evidence/Evidence.h"
 #include "tools/corvo/evidence/EvidenceJson.h"
@@ -60,12 +61,21 @@ void WriteNewFile(const std::string& target, const std::string& text, bool force
   part.Publish(force);
 }
 
+// A report never takes the place of what it is about.
+void RefuseRecording(const EvidencePlan& plan) {
+  const std::optional<FileState> output = StateOf(plan.output);
+  for (const std::string& file : plan.files) {
+    const std::optional<FileState> state = StateOf(file);
+    if (output && state && output->IsFile(*state)) {
+      throw InputError(plan.output, "is one of the recordings");
+    }
+  }
+}
+
 Outcome WriteReport(const EvidencePlan& plan) {
   const bool toFile = plan.output != "-";
-  const std::string target = toFile ? NewFile(plan.output) : std::string();
-  if (toFile && !plan.force && std::filesystem::exists(target)) {
-    throw InputError(plan.output, "exists already; --force replaces it");
-  }
+  const std::string target = toFile ? NewFile(plan.output, plan.force) : std::string();
+  if (toFile) RefuseRecording(plan);
   EvidenceReport report{ReportTime(), DescribeTool(), plan.codec == "g726", {}};
   Outcome worst = report.tool.Passed() ? Outcome::kFine : Outcome::kBadInput;
   for (const std::string& file : plan.files) {

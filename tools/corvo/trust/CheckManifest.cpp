@@ -50,7 +50,7 @@ struct Finding {
 };
 
 bool IsGone(const std::string& path) {
-  return !StateOf(path) && (errno == ENOENT || errno == ENOTDIR);
+  return !StateOfLinkItself(path) && (errno == ENOENT || errno == ENOTDIR);
 }
 
 // A file whose content isn't the listed one. Its seal can't tell, if whoever changed it has
@@ -96,7 +96,7 @@ class Run {
     std::string digest;
     std::string refusal;
     if (!DigestUnchanged(RecordingFile(m_plan.previous), digest, refusal)) {
-      throw InputError(m_plan.previous, refusal);
+      throw InputError(NameInLine(m_plan.previous), refusal);
     }
     if (digest == m_manifest.previous) return;
     PrintLine(NameInLine(m_plan.previous) + ": FAILED (it is not the manifest before this one)");

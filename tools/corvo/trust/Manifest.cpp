@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "tools/corvo/InputError.h"
+#include "tools/corvo/archive/Names.h"
 #include "tools/corvo/archive/ReadOnly.h"
 
 namespace corvo {
@@ -85,7 +86,7 @@ std::optional<ManifestEntry> ParseLine(const std::string& line) {
 class Reader {
  public:
   explicit Reader(const std::string& path) : m_path(path), m_file(path, std::ios::binary) {
-    if (!m_file) throw InputError(path, ErrorText(errno));
+    if (!m_file) throw InputError(NameInLine(path), ErrorText(errno));
   }
 
   Manifest Read() {
@@ -93,9 +94,9 @@ class Reader {
       ++m_line;
       Take(line);
     }
-    if (m_file.bad()) throw InputError(m_path, ErrorText(errno));
+    if (m_file.bad()) throw InputError(NameInLine(m_path), ErrorText(errno));
     if (!m_isComplete)
-      throw InputError(m_path, "it is no complete manifest: its last line is missing");
+      throw InputError(NameInLine(m_path), "it is no complete manifest: its last line is missing");
     if (m_file.eof() || m_file.peek() != std::ifstream::traits_type::eof()) {
       Refuse("it must be the last, and end with a newline");
     }
@@ -104,7 +105,8 @@ class Reader {
 
  private:
   [[noreturn]] void Refuse(const std::string& reason) const {
-    throw InputError(m_path, "it is no manifest: line " + std::to_string(m_line) + ": " + reason);
+    throw InputError(NameInLine(m_path),
+                     "it is no manifest: line " + std::to_string(m_line) + ": " + reason);
   }
 
   void Take(const std::string& line) {
@@ -120,6 +122,7 @@ class Reader {
 
   // It must be exactly what would have been written behind these lines.
   void TakeTrailer(const std::string& line) {
+    if (m_manifest.entries.empty()) Refuse("it lists no files");
     const std::string last = line.substr(line.rfind(' ') + 1);
     if (IsDigest(last)) m_manifest.previous = last;
     if (line + '\n' != ManifestTrailer(m_manifest.entries.size(), m_manifest.previous)) {

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "tools/corvo/archive/Jobs.h"
+#include "tools/corvo/archive/Options.h"
 #include "tools/corvo/trust/CheckManifest.h"
 #include "tools/corvo/trust/Recipe.h"
 #include "tools/corvo/trust/WriteManifest.h"
@@ -31,13 +31,14 @@ void AddRecipe(CLI::App& app, Run& run) {
 // The options of both, since one command writes and checks.
 struct ManifestPlan {
   std::string output = "-";
+  bool force = false;
   CheckManifestPlan check;
 };
 
 Outcome WriteOrCheck(const ManifestPlan& plan) {
   const CheckManifestPlan& check = plan.check;
   if (!check.manifest.empty()) return CheckManifest(check);
-  return WriteManifest({check.directory, plan.output, check.previous, check.jobs});
+  return WriteManifest({check.directory, plan.output, plan.force, check.previous, check.jobs});
 }
 
 void AddManifest(CLI::App& app, Run& run) {
@@ -49,12 +50,15 @@ void AddManifest(CLI::App& app, Run& run) {
   CLI::Option* const output =
       command.add_option("-o,--output", plan->output, "File to make, outside the archive")
           ->type_name("FILE");
+  command.add_flag("--force", plan->force, "Replace an existing file")->needs(output);
   command
       .add_option("--previous", check.previous,
                   "The manifest before this one, whose digest it holds")
+      ->check(NotEmpty())
       ->type_name("MANIFEST");
   CLI::Option* const checked =
       command.add_option("--check", check.manifest, "Check the archive against this manifest")
+          ->check(NotEmpty())
           ->type_name("MANIFEST")
           ->excludes(output);
   command.add_flag("--strict", check.strict, "Files that aren't listed fail")->needs(checked);

@@ -4,7 +4,6 @@
 
 #include <unistd.h>
 
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -25,27 +24,23 @@ namespace {
 // Where a manifest goes: a new file, complete or not at all, or standard output.
 class Output {
  public:
-  explicit Output(const std::string& name) : m_name(name) {
+  Output(const std::string& name, bool force) : m_name(name), m_force(force) {
     if (name == "-") {
       m_identity = StateOf(Descriptor(::dup(STDOUT_FILENO)));
       return;
     }
-    const std::string target = NewFile(name);
-    if (std::filesystem::exists(target)) throw InputError(name, "exists already");
-    m_part.emplace(target);
+    m_part.emplace(NewFile(name, force));
     m_file.open(m_part->Path(), std::ios::binary);
     m_identity = StateOf(m_part->Path());
   }
 
-  bool Is(const FileState& file) const {
-    return m_identity && m_identity->device == file.device && m_identity->inode == file.inode;
-  }
+  bool Is(const FileState& file) const { return m_identity && m_identity->IsFile(file); }
 
   void Write(const std::string& text) { Look(Stream() << text); }
 
   void Publish() {
     Look(Stream().flush());
-    if (m_part) m_part->Publish(false);
+    if (m_part) m_part->Publish(m_force);
   }
 
  private:
@@ -56,6 +51,7 @@ class Output {
   }
 
   const std::string& m_name;
+  const bool m_force;
   std::optional<PartFile> m_part;
   std::ofstream m_file;
   std::optional<FileState> m_identity;
@@ -73,7 +69,8 @@ std::string DigestOfManifest(const std::string& path) {
   ReadManifest(path);
   std::string digest;
   std::string refusal;
-  if (!DigestUnchanged(RecordingFile(path), digest, refusal)) throw InputError(path, refusal);
+  if (!DigestUnchanged(RecordingFile(path), digest, refusal))
+    throw InputError(NameInLine(path), refusal);
   return digest;
 }
 
@@ -84,7 +81,7 @@ class Run {
         m_previous(plan.previous.empty() ? "" : DigestOfManifest(plan.previous)),
         m_inputs(m_directory.Inputs()),
         m_progress(m_directory.Inputs()),
-        m_output(plan.output) {}
+        m_output(plan.output, plan.force) {}
 
   void Do(unsigned jobs) {
     OrderedWork<Input, Listing> work;

@@ -10,6 +10,7 @@ namespace corvo {
 struct WriteManifestPlan {
   std::string directory;
   std::string output;    // "-": standard output
+  bool force = false;    // replace an existing file
   std::string previous;  // the manifest before; empty: none
   unsigned jobs = 1;
 };
