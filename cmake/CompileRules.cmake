@@ -14,6 +14,9 @@ target_compile_definitions(corvo_rules INTERFACE _FILE_OFFSET_BITS=64)
 # What is given out, the library and the command, is compiled and linked with this besides.
 add_library(corvo_product INTERFACE)
 target_link_libraries(corvo_product INTERFACE corvo_rules)
+# The same sources give the same bytes wherever they stand and are built.
+target_compile_options(corvo_product INTERFACE
+  "-ffile-prefix-map=${CMAKE_SOURCE_DIR}=." "-ffile-prefix-map=${CMAKE_BINARY_DIR}=./build")
 if(NOT CORVO_SANITIZERS)  # they find more, and earlier
   target_compile_options(corvo_product INTERFACE
     -fstack-protector-strong
