@@ -217,6 +217,22 @@ TEST_F(SmallArchive, SkipsNothingInSilence) {
        0,
        " FAILED (malformed: it is no WAVE file)\n"
        " 0 ok, 0 broken, 0 unsealed, 1 malformed, 0 unreadable, 0 changed\n"},
+      // A directory of 4095 bytes, so that a path is cut between slashes behind it.
+      {"n=$(printf '%0250d' 1); p=$n/$n/$n/$n/$n/$n/$n/$n/$n/$n/$n/$n/$n/$n/$n; t=$(printf '%077d' "
+       "1);"
+       " mkdir -p $p b/$n/$t; echo >b/$n/$t/x.wav; mv b $p; corvo verify $n | cut -d: -f2-;"
+       " corvo verify $p/b/$n/$t//$PWD/in/a.wav | sed 1q | cut -d: -f2-; rm -r $n",
+       0,
+       " FAILED (malformed: it is no WAVE file)\n"
+       " 0 ok, 0 broken, 0 unsealed, 1 malformed, 0 unreadable, 0 changed\n"
+       " FAILED (unreadable: No such file or directory)\n"},
+      // What a list hides may belong to any share; one of them has it as its result.
+      {"for i in 1 2; do corvo verify --json --shard $i/2 --files-from in in/a.wav >$i; echo $?;"
+       " done; corvo summary 1 2 | tail -1",
+       0,
+       "corvo: in: the list of names can't be read further: Is a directory\n2\n"
+       "corvo: in: the list of names can't be read further: Is a directory\n2\n"
+       "2 inputs: 1 ok, 0 broken, 0 unsealed, 0 malformed, 1 unreadable, 0 changed\n"},
   });
 }
 

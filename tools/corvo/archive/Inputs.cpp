@@ -13,6 +13,7 @@
 
 #include "tools/corvo/InputError.h"
 #include "tools/corvo/archive/Interruption.h"
+#include "tools/corvo/archive/Names.h"
 #include "tools/corvo/archive/ReadOnly.h"
 
 namespace corvo {
@@ -104,6 +105,9 @@ Inputs::Inputs(const InputPlan& plan) : m_plan(plan) {
 bool Inputs::Next(Input& input) {
   while (NotedSignal() == 0 && Advance(input)) {
     input.number = ++m_seen;
+    if (input.hidesOthers && !m_plan.shard.IsEverything()) {
+      m_hidden.push_back(NameInLine(input.name) + ": " + input.refusal);
+    }
     if (m_plan.shard.Holds(input.name)) return true;
   }
   return false;
@@ -123,7 +127,7 @@ bool Inputs::Descend(const std::string& directory, Input& input) {
   const int error = List(directory, level.entries);
   m_levels.push_back(std::move(level));
   if (error == 0) return false;
-  input = {0, directory, "the directory can't be read: " + ErrorText(error)};
+  input = {0, directory, "the directory can't be read: " + ErrorText(error), true};
   return true;
 }
 
@@ -148,7 +152,7 @@ bool Inputs::TakeEntry(Input& input) {
 
 // A name that was given. False: a directory.
 bool Inputs::TakeGiven(const GivenName& given, Input& input) {
-  input = {0, given.name, RefusalOf(given)};
+  input = {0, given.name, RefusalOf(given), given.hidesOthers};
   if (!input.refusal.empty() || !LeadsToDirectory(given.name)) return true;
   return Descend(given.name.back() == '/' ? given.name : given.name + '/', input);
 }

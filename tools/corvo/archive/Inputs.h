@@ -34,7 +34,8 @@ struct InputPlan {
 struct Input {
   unsigned long long number = 0;  // from 1, counting over all shards
   std::string name;
-  std::string refusal;  // why it can't be examined, where that is known already
+  std::string refusal;       // why it can't be examined, where that is known already
+  bool hidesOthers = false;  // a list or directory: inputs may be missing for the same reason
 };
 
 struct DirectoryEntry {
@@ -60,6 +61,10 @@ class Inputs {
   // How many there were so far in all shards.
   unsigned long long Seen() const { return m_seen; }
 
+  // Lines about lists and directories that can't be read, where there are several shards: what they
+  // hide may belong to any of them, so each must tell.
+  const std::vector<std::string>& Hidden() const { return m_hidden; }
+
  private:
   // A directory that is being walked; `prefix` ends with "/".
   struct Level {
@@ -79,6 +84,7 @@ class Inputs {
   std::unique_ptr<NameList> m_list;
   std::vector<Level> m_levels;
   unsigned long long m_seen = 0;
+  std::vector<std::string> m_hidden;
 };
 
 }  // namespace corvo

@@ -70,7 +70,7 @@ bool NameList::Next(GivenName& given) {
     const Fill fill = ReadMore();
     m_ended = fill != Fill::kMore;
     if (fill == Fill::kError) {
-      given = {m_file, "the list of names can't be read further: " + ErrorText(errno)};
+      given = {m_file, "the list of names can't be read further: " + ErrorText(errno), true};
       return true;
     }
     if (m_ended) {

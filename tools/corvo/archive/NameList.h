@@ -11,6 +11,7 @@ namespace corvo {
 struct GivenName {
   std::string name;
   std::string refusal;
+  bool hidesOthers = false;  // names may be missing for the same reason
 };
 
 // Names from a file or, for "-", from standard input; also from a pipe that is still being

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <system_error>
 
@@ -45,7 +46,10 @@ class Pieces {
 
   bool Failed() const { return m_failed; }
   int Directory() const { return m_directory.IsOpen() ? m_directory.Number() : AT_FDCWD; }
-  const char* Last() const { return m_path.c_str() + m_at; }
+  // The directory itself, where only slashes were left.
+  const char* Last() const {
+    return m_at != 0 && m_at == m_path.size() ? "." : m_path.c_str() + m_at;
+  }
 
  private:
   bool Descend() {
@@ -58,7 +62,8 @@ class Pieces {
     Descriptor next(::openat(Directory(), piece.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!next.IsOpen()) return !(m_failed = true);
     m_directory = std::move(next);
-    m_at = slash + 1;
+    // What is left must not begin with a slash, or it would be taken as absolute.
+    m_at = std::min(m_path.find_first_not_of('/', slash), m_path.size());
     return true;
   }
 

@@ -104,8 +104,9 @@ class Run {
     const RunTotals totals{m_plan.options, m_counts, m_inputs.Seen()};
     if (m_journal) m_journal->Finish(totals);
     Print(m_plan.print, totals);
+    for (const std::string& line : m_inputs.Hidden()) std::cerr << "corvo: " << line << '\n';
     if (totals.allInputs == 0) throw InputError("nothing to check");
-    return m_counts.Worst();
+    return m_inputs.Hidden().empty() ? m_counts.Worst() : Outcome::kBadInput;
   }
 
   std::string Note() const {
