@@ -58,6 +58,7 @@ void FindDepartures(DescriptorSource& source, RecordingExamination& found) {
   CompareHeader(source, found);
   if (!found.hasAudio) return;
   const LONGLONG end = found.audioOffset + found.audioSize;
-  if (found.missingAudio != 0) Add(found, {found.fileSize, found.missingAudio, "audio, cut short"});
+  if (found.missingAudio != 0)
+    Add(found, {found.fileSize, found.missingAudio, "audio that the file lacks"});
   if (end < found.fileSize) Add(found, {end, found.fileSize - end, "behind the audio"});
 }

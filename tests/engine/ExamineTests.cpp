@@ -76,7 +76,7 @@ TEST_F(ExamineTest, GivesTheVerdictAndItsReason) {
        sealed.substr(0, 3190),
        Verdict::kMalformed,
        "it lacks 20 of its 40 bytes of audio",
-       {"3190+20 audio, cut short"}},
+       {"3190+20 audio that the file lacks"}},
       {"NoFact",
        With(sealed, 3150, "fuct"),
        Verdict::kMalformed,

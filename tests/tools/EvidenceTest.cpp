@@ -52,22 +52,29 @@ TEST(CorvoEvidence, ExplainsWhatBecameOfARecording) {
   const std::string digest = sealed.substr(302, 20);
   const std::string layout =
       "digest matches when record, fact value and 4632 bytes of audio are read where sealing puts "
-      "them: only the header around them was changed";
+      "them; the chunks lead to ";
+  const std::string record = "a record of 3090 bytes at offset 52";
+  const std::string audio = "4632 bytes of audio at offset 3170";
+  const std::string few = "tried without success: a stored digest of which few bytes are damaged; ";
+  const std::string tried = few + "as length of the audio 4631; as fact value 0, 4632";
+  const std::string nothing =
+      "no stored digest was found, neither by the chunks nor where sealing puts it";
+  const std::string forgedRecord = "ALCH" + Le32(3090) + std::string(3090, 'f');
   const std::string appended = With(sealed, 3166, Le32(4635)) + "xyz";
   const struct {
     const char* name;
     std::string bytes;
     const char* verdict;
-    const char* kind;  // empty: nothing explains it
+    const char* kind;  // empty: there is nothing to explain
     std::string computed;
   } rows[] = {
       {"Good", sealed, "ok", "", ""},
       {"FlagCleared", With(sealed, 298, "\2"), "unsealed", "flag-cleared",
-       "flag cleared only: the stored digest matches; the flag at offset 298 is 2 instead of 1"},
+       "the stored digest matches; the flag at offset 298 is 2 instead of 1"},
       {"DigestDamaged", With(sealed, 310, {static_cast<char>(~digest[8]), digest[9], '\1', '\2'}),
        "broken", "digest-damaged",
        "the stored digest itself is damaged: 3 of its 20 bytes differ from the computed one"},
-      {"DigestReplaced", With(sealed, 302, "5 of 20 bytes differ"), "broken", "", ""},
+      {"DigestReplaced", With(sealed, 302, "5 of 20 bytes differ"), "broken", "unexplained", tried},
       {"DigestErased", With(sealed, 302, std::string(20, '\0')), "broken", "digest-erased",
        "the stored digest is all zeros"},
       {"Grown", appended, "broken", "trailing-ignored",
@@ -79,26 +86,42 @@ TEST(CorvoEvidence, ExplainsWhatBecameOfARecording) {
       {"AudioHidden", With(sealed, 3166, Le32(4600)), "broken", "trailing-counted",
        "digest matches once 32 bytes more of the file are counted as audio"},
       {"SizeRaised", With(sealed, 3166, Le32(5000)), "malformed", "audio-size-raised",
-       "digest matches over the audio that is there: only its declared size is 368 bytes too "
+       "digest matches over the first 4632 bytes of the audio: its declared size is 368 bytes too "
        "large"},
-      {"Cut", sealed.substr(0, 7000), "malformed", "audio-cut",
-       "audio cut short by 802 bytes: 4632 are declared, 3830 are there"},
+      {"Cut", sealed.substr(0, 7000), "malformed", "audio-short",
+       "the file holds 802 bytes of audio fewer than it declares: 4632 are declared, 3830 are "
+       "there"},
       {"CutAndUnsealed", With(sealed, 298, std::string(1, '\0')).substr(0, 7000), "unsealed",
-       "audio-cut", "audio cut short by 802 bytes: 4632 are declared, 3830 are there"},
+       "audio-short",
+       "the file holds 802 bytes of audio fewer than it declares: 4632 are declared, 3830 are "
+       "there"},
       {"FactValue", With(sealed, 3158, Le32(1)), "broken", "fact-changed",
        "digest matches once the fact value at offset 3158 is 18528 instead of 1"},
-      {"FormatTag", With(sealed, 36, "\1"), "malformed", "header-changed", layout},
-      {"Stereo", With(sealed, 38, "\2"), "malformed", "header-changed", layout},
-      {"NoRiff", With(sealed, 0, "RIFX"), "malformed", "header-changed", layout},
-      {"NoRecord", With(sealed, 52, "ALCX"), "malformed", "header-changed", layout},
+      {"FormatTag", With(sealed, 36, "\1"), "malformed", "header-changed",
+       layout + record + " and no audio"},
+      {"Stereo", With(sealed, 38, "\2"), "malformed", "header-changed",
+       layout + record + " and no audio"},
+      {"NoRiff", With(sealed, 0, "RIFX"), "malformed", "header-changed",
+       layout + "no record and no audio"},
+      {"NoRecord", With(sealed, 52, "ALCX"), "malformed", "header-changed",
+       layout + "no record and " + audio},
       {"NoDataAndNoSizes", With(With(sealed, 3162, "DATA" + Le32(9)), 4, Le32(9)), "malformed",
-       "header-changed", layout},
-      {"AudioChanged", With(sealed, 5000, "\1\2"), "broken", "", ""},
-      {"DetailChanged", With(sealed, 400, "x"), "broken", "", ""},
-      {"FormatTagAndAudio", With(With(sealed, 36, "\1"), 5000, "\1\2"), "malformed", "", ""},
-      {"NeverSealed", ReadFile(CORVO_SAMPLES "/now-recording.wav"), "unsealed", "", ""},
-      {"NoRecording", "Dear Sir,", "malformed", "", ""},
-      {"Empty", "", "malformed", "", ""},
+       "header-changed", layout + record + " and no audio"},
+      {"OtherAudio", With(sealed, 3162, "DATA") + "data" + Le32(3) + "xyz", "broken",
+       "header-changed", layout + record + " and 3 bytes of audio at offset 7810"},
+      {"OtherRecord", With(sealed, 52, "ALCX") + forgedRecord, "unsealed", "header-changed",
+       layout + "a record of 3090 bytes at offset 7802 and " + audio},
+      {"AudioChanged", With(sealed, 5000, "\1\2"), "broken", "unexplained", tried},
+      {"DetailChanged", With(sealed, 400, "x"), "broken", "unexplained", tried},
+      {"FormatTagAndAudio", With(With(sealed, 36, "\1"), 5000, "\1\2"), "malformed", "unexplained",
+       "tried without success: record, fact value and audio where sealing puts them, with as "
+       "length 4632"},
+      {"NoRecordAndAudio", With(With(sealed, 52, "ALCX"), 5000, "\1\2"), "malformed", "unexplained",
+       "the chunks lead to no stored digest; tried without success: record, fact value and audio "
+       "where sealing puts them, with as length 4632"},
+      {"NeverSealed", ReadFile(CORVO_SAMPLES "/now-recording.wav"), "unsealed", "no-digest",
+       nothing},
+      {"NoRecording", "Dear Sir,", "malformed", "no-digest", nothing},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -168,7 +191,7 @@ TEST(CorvoEvidence, ShowsAnExpertHowARecordingIsBuilt) {
                 .output,
             "sealed.wav: broken (its digest is not the one that was sealed)\n\n"
             "What can be said about the cause:\n"
-            "  What exactly was changed can't be told: none of the common causes explains it.\n"
+            "  What exactly was changed can't be told: nothing that was tried explains it.\n"
             "--\n"
             "gone.wav: unreadable (No such file or directory)\n");
 }

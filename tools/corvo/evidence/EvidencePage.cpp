@@ -54,9 +54,7 @@ std::vector<Block> DigestBlocks(const RecordingEvidence& evidence) {
 
 std::vector<Block> Explanations(const RecordingEvidence& evidence) {
   std::vector<Block> blocks;
-  std::vector<Explanation> explanations = evidence.explanations;
-  if (explanations.empty()) explanations.push_back(Unexplained(evidence));
-  for (const Explanation& explanation : explanations) {
+  for (const Explanation& explanation : evidence.explanations) {
     blocks.push_back(Paragraph{explanation.plain});
     blocks.push_back(Paragraph{"For the expert: " + explanation.expert + ".", Paragraph::kNote});
   }

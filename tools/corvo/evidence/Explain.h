@@ -16,7 +16,8 @@ struct Explanation {
 };
 
 // Tries what commonly befalls recordings, each by computing the digest anew over a few other
-// readings of the open file, and gives those that hold. Empty: none does, or the verdict is ok.
+// readings of the open file, and gives those that hold; where none does, what was tried. Empty: the
+// verdict is ok, or nothing can be said.
 std::vector<Explanation> Explain(int descriptor, const RecordingExamination& found);
 
 }  // namespace corvo

@@ -82,18 +82,6 @@ const char* WaveformNote(bool asked) {
                  "the file. It is drawn when the user states it (--codec g726).";
 }
 
-Explanation Unexplained(const RecordingEvidence& evidence) {
-  if (!evidence.StoresDigest()) {
-    return {{},
-            "no stored digest was found, neither by the chunks nor where sealing puts it",
-            "No fingerprint that the file could be compared with was found in it."};
-  }
-  return {{},
-          "tried without success: other lengths of the audio, other fact values, the positions of "
-          "the sealed layout, a stored digest of which few bytes are damaged",
-          "What exactly was changed can't be told: none of the common causes explains it."};
-}
-
 std::string ItemLabel(const Item& item) {
   if (item.name == "szMaker") return "Maker";
   if (item.name == "szDuration") return "Duration, written when sealing";

@@ -23,9 +23,6 @@ const char* CommandsWithoutThisProgram();
 // Why there is a waveform, or why not.
 const char* WaveformNote(bool asked);
 
-// Said of a recording that is not ok and that nothing explains.
-Explanation Unexplained(const RecordingEvidence& evidence);
-
 // A metadata item by what it holds, as far as that is known: "Duration", "Call detail 7".
 std::string ItemLabel(const Item& item);
 
