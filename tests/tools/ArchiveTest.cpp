@@ -267,6 +267,17 @@ TEST_F(SmallArchive, TrustsAJournalOnlyAsFarAsItGoes) {
        "4 inputs: 2 ok, 0 broken, 1 unsealed, 1 malformed, 0 unreadable, 0 changed\n"},
       {"corvo verify --status --resume j in/b.wav", 2,
        "corvo: j: belongs to other inputs: number 1 was in/a.wav and is in/b.wav\n"},
+      {"corvo verify --status --resume j gone", 2,
+       "corvo: j: belongs to other inputs: number 1 was in/a.wav and is gone\n"},
+      // Fewer inputs than before; what a power failure leaves; a line that can't be read.
+      {"corvo verify --status --resume k in/c.wav in/a.wav; corvo verify --status --resume k "
+       "in/c.wav;"
+       " head -c 20 /dev/zero >>k; corvo verify --status --resume k in/c.wav; corvo summary k;"
+       " sed -i 's/isn.t marked/\"/' k; corvo verify --quiet --resume k in/c.wav | sed 1q",
+       0,
+       "in/c.wav: FAILED (unsealed: it isn't marked as sealed)\n"
+       "1 input: 0 ok, 0 broken, 1 unsealed, 0 malformed, 0 unreadable, 0 changed\n"
+       "in/c.wav: FAILED (unsealed: it isn't marked as sealed)\n"},
       {"corvo verify --strict --resume j in", 2,
        "corvo: j: is the journal of a run with other options\n"},
       {"flock j $EMULATOR '" CORVO_COMMAND "' verify --resume j in", 2,
@@ -298,6 +309,17 @@ TEST_F(SmallArchive, SummaryTellsWhatDoesNotFitTogether) {
       {"corvo summary --status one all", 2,
        "corvo: all: its run saw 4 inputs, another 1\n"
        "corvo: inputs that are there twice: 1, the first is number 1 in all\n"},
+      {"corvo verify --json in/b.wav >other; corvo summary --status one other", 2,
+       "corvo: other: its run saw other inputs\n"
+       "corvo: inputs that are there twice: 1, the first is number 1 in other\n"},
+      {"corvo verify --json 2>&- >none; corvo summary --status none all", 2,
+       "corvo: all: its run saw 4 inputs, another 0\n"},
+      {"for parts in 'one other' 'all one'; do cat $parts >two; corvo summary two; done", 2,
+       "corvo: two: holds several runs\ncorvo: two: holds several runs\n"},
+      {"ulimit -n 40; corvo summary --status $(yes all | head -60)", 2,
+       "corvo: inputs that are there twice: 236, the first is number 1 in all\n"},
+      {"sed 's/_inputs\":4/_inputs\":-1/' all >negative; corvo summary negative", 2,
+       "corvo: negative: holds other than results of \"corvo verify --json\"\n"},
       {"corvo summary text", 2,
        "corvo: text: holds other than results of \"corvo verify --json\"\n"},
       {"cat all | corvo summary /dev/stdin", 2, "corvo: /dev/stdin: is not a regular file\n"},

@@ -19,9 +19,9 @@
 namespace corvo {
 namespace {
 
-// FNV-1a
-std::uint64_t Hash(const std::string& bytes) {
-  std::uint64_t hash = 14695981039346656037u;
+// FNV-1a, over what was hashed before and these bytes.
+std::uint64_t Hash(const std::string& bytes, std::uint64_t before) {
+  std::uint64_t hash = before;
   for (const char c : bytes) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211u;
   return hash;
 }
@@ -79,7 +79,7 @@ std::string RefusalOf(const GivenName& given) {
 }  // namespace
 
 bool Shard::Holds(const std::string& name) const {
-  return Hash(name) % count == index - 1;
+  return Hash(name, SeenInputs().names) % count == index - 1;
 }
 
 std::string Shard::Text() const {
@@ -98,13 +98,20 @@ Shard ParseShard(const std::string& text) {
   return shard;
 }
 
+// A zero byte separates names: no name of a file holds one.
+void SeenInputs::Add(const std::string& name) {
+  ++count;
+  names = Hash(name + '\0', names);
+}
+
 Inputs::Inputs(const InputPlan& plan) : m_plan(plan) {
   if (!plan.list.empty()) m_list = std::make_unique<NameList>(plan.list, plan.zeroSeparated);
 }
 
 bool Inputs::Next(Input& input) {
   while (NotedSignal() == 0 && Advance(input)) {
-    input.number = ++m_seen;
+    m_seen.Add(input.name);
+    input.number = m_seen.count;
     if (input.hidesOthers && !m_plan.shard.IsEverything()) {
       m_hidden.push_back(NameInLine(input.name) + ": " + input.refusal);
     }

@@ -1,6 +1,7 @@
 #ifndef TOOLS_CORVO_ARCHIVE_INPUTS_H
 #define TOOLS_CORVO_ARCHIVE_INPUTS_H
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,6 +23,18 @@ struct Shard {
 
 // Reads "2/4". Throws InputError.
 Shard ParseShard(const std::string& text);
+
+// How many inputs there were, and a hash over their names in their order: where both are the same,
+// so are the inputs, unless somebody means to deceive.
+struct SeenInputs {
+  unsigned long long count = 0;
+  std::uint64_t names = 14695981039346656037u;  // 0: not known
+
+  void Add(const std::string& name);
+  bool operator==(const SeenInputs& other) const {
+    return count == other.count && names == other.names;
+  }
+};
 
 // What a command is told to work on.
 struct InputPlan {
@@ -58,8 +71,8 @@ class Inputs {
   // False: there are no more, or an interruption has been noted.
   bool Next(Input& input);
 
-  // How many there were so far in all shards.
-  unsigned long long Seen() const { return m_seen; }
+  // So far, in all shards.
+  const SeenInputs& Seen() const { return m_seen; }
 
   // Lines about lists and directories that can't be read, where there are several shards: what they
   // hide may belong to any of them, so each must tell.
@@ -83,7 +96,7 @@ class Inputs {
   std::size_t m_nextName = 0;
   std::unique_ptr<NameList> m_list;
   std::vector<Level> m_levels;
-  unsigned long long m_seen = 0;
+  SeenInputs m_seen;
   std::vector<std::string> m_hidden;
 };
 

@@ -7,6 +7,7 @@
 #include <sys/file.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "tools/corvo/InputError.h"
 #include "tools/corvo/archive/Names.h"
@@ -29,7 +30,8 @@ void Journal::Open() {
   m_file = Descriptor(::open(m_path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
   if (!m_file.IsOpen()) throw InputError(NameInLine(m_path), ErrorText(errno));
   if (::flock(m_file.Number(), LOCK_EX | LOCK_NB) != 0) {
-    throw InputError(NameInLine(m_path), "another run is using it");
+    throw InputError(NameInLine(m_path),
+                     errno == EWOULDBLOCK ? "another run is using it" : ErrorText(errno));
   }
 }
 
@@ -48,23 +50,33 @@ void Journal::TakeUp() {
     throw InputError(NameInLine(m_path), ErrorText(errno));
   }
   m_isFinished = m_old->Totals().has_value();
-  if (isNew) Write(head);
+  if (isNew) Begin(head);
 }
 
-std::optional<Result> Journal::Find(const Input& input, const std::string& state) const {
+// A new file is there after a power failure only when its directory is on disk, too. Not all
+// directories can be opened and flushed; then that much is left to chance.
+void Journal::Begin(const std::string& head) {
+  Write(head);
+  Flush();
+  const std::filesystem::path directory = std::filesystem::path(m_path).parent_path();
+  const Descriptor opened = OpenReadOnly(directory.empty() ? "." : directory.native(), O_DIRECTORY);
+  if (opened.IsOpen()) ::fsync(opened.Number());
+}
+
+std::optional<Result> Journal::Find(const Input& input) const {
   const std::vector<ResultPlace>& places = m_old->Places();
   const auto place = std::lower_bound(
       places.begin(), places.end(), input.number,
       [](const ResultPlace& p, unsigned long long number) { return p.input < number; });
   if (place == places.end() || place->input != input.number) return std::nullopt;
-  Result old = m_old->Read(*place);
-  if (old.name != input.name) {
+  std::optional<Result> old = m_old->TryRead(*place);
+  if (!old) return std::nullopt;
+  if (old->name != input.name) {
     throw InputError(NameInLine(m_path),
                      "belongs to other inputs: number " + std::to_string(input.number) + " was " +
-                         NameInLine(old.name) + " and is " + NameInLine(input.name));
+                         NameInLine(old->name) + " and is " + NameInLine(input.name));
   }
-  const bool isSettled = OutcomeOf(old.verdict) != Outcome::kBadInput;
-  if (!isSettled || old.state != state) return std::nullopt;
+  if (OutcomeOf(old->verdict) == Outcome::kBadInput) return std::nullopt;
   return old;
 }
 
@@ -88,7 +100,7 @@ void Journal::Add(const Result& result) {
 }
 
 void Journal::Finish(const RunTotals& totals) {
-  if (m_isFinished) return;
+  if (m_isFinished && m_old->Totals()->seen == totals.seen) return;
   Write(JsonLine(totals) + '\n');
   m_isFinished = true;
   Flush();

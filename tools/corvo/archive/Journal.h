@@ -17,10 +17,10 @@ class Journal {
   // options, it is something else (then it isn't touched), or it can't be written.
   Journal(const std::string& path, const RunOptions& options);
 
-  // What it holds about an input in the state that the file has now; nothing where the file must
-  // be examined: also where it couldn't be before. Throws InputError when the number belongs to
-  // another name. Any thread.
-  std::optional<Result> Find(const Input& input, const std::string& state) const;
+  // What it holds about an input, true as long as the file is in that state. Nothing where the file
+  // must be examined: also where it couldn't be before, or the line is damaged. Throws InputError
+  // when the number belongs to another name. Any thread.
+  std::optional<Result> Find(const Input& input) const;
 
   // Throw InputError when the line can't be written.
   void Add(const Result& result);
@@ -29,6 +29,7 @@ class Journal {
  private:
   void Open();
   void TakeUp();
+  void Begin(const std::string& head);
   void Write(const std::string& line);
   void Flush();
 

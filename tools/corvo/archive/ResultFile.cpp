@@ -16,14 +16,18 @@
 namespace corvo {
 namespace {
 
+bool HoldsOnlyZeros(const std::string& bytes) {
+  return bytes.find_first_not_of('\0') == std::string::npos;
+}
+
 bool IsEarlier(const ResultPlace& a, const ResultPlace& b) {
   return a.input < b.input;
 }
 
 }  // namespace
 
-ResultFile::ResultFile(const std::string& path) : m_path(path), m_file(OpenReadOnly(path, 0)) {
-  const std::optional<FileState> state = m_file.IsOpen() ? StateOf(m_file) : std::nullopt;
+ResultFile::ResultFile(const std::string& path) : m_path(path) {
+  const std::optional<FileState> state = StateOf(path);
   if (!state) throw InputError(NameInLine(path), ErrorText(errno));
   if (!S_ISREG(state->mode)) throw InputError(NameInLine(path), "is not a regular file");
   std::ifstream stream(path, std::ios::binary);
@@ -36,12 +40,17 @@ ResultFile::ResultFile(const std::string& path) : m_path(path), m_file(OpenReadO
     }
   }
   if (stream.bad() || !stream.eof()) throw InputError(NameInLine(path), "can't be read");
-  if (!m_rest.empty() && m_rest.front() != '{') RefuseContent();
+  // A power failure may leave the file its length, without its last bytes.
+  if (!HoldsOnlyZeros(m_rest) && m_rest.front() != '{') RefuseContent();
   Sort();
 }
 
 void ResultFile::RefuseContent() const {
   throw InputError(NameInLine(m_path), "holds other than results of \"corvo verify --json\"");
+}
+
+void ResultFile::RefuseSeveralRuns() const {
+  throw InputError(NameInLine(m_path), "holds several runs");
 }
 
 void ResultFile::TakeLine(const std::string& line) {
@@ -53,11 +62,38 @@ void ResultFile::TakeLine(const std::string& line) {
     return;
   }
   const std::optional<ParsedLine> parsed = ParseJsonLine(line);
-  if (!parsed || parsed->kind == ParsedLine::Kind::kResult) {
-    RefuseContent();
+  if (!parsed || parsed->kind == ParsedLine::Kind::kResult) RefuseContent();
+  TakeOptions(parsed->totals.options);
+  if (parsed->kind == ParsedLine::Kind::kTotals) {
+    TakeTotals(parsed->totals);
+  } else if (offset == 0) {
+    m_isJournal = true;
   }
-  m_options = parsed->totals.options;
-  if (parsed->kind == ParsedLine::Kind::kTotals) m_totals = parsed->totals;
+}
+
+void ResultFile::TakeOptions(const RunOptions& options) {
+  if (m_options && !(*m_options == options)) RefuseSeveralRuns();
+  m_options = options;
+}
+
+// There are fewer inputs than there were when a journal was begun; elsewhere, another run's results
+// stand before these.
+void ResultFile::TakeTotals(const RunTotals& totals) {
+  const auto isGone = [&totals](const ResultPlace& p) { return p.input > totals.seen.count; };
+  const auto gone = std::remove_if(m_places.begin(), m_places.end(), isGone);
+  if (gone != m_places.end() && !m_isJournal) RefuseSeveralRuns();
+  m_places.erase(gone, m_places.end());
+  m_totals = totals;
+}
+
+// Whether two lines are about one input, the later one being true. Two about different inputs of
+// one number are of several runs. A damaged line may be about any.
+bool ResultFile::IsReplaced(const ResultPlace& earlier, const ResultPlace& later) const {
+  if (earlier.input != later.input) return false;
+  const std::optional<Result> before = TryRead(earlier);
+  const std::optional<Result> after = TryRead(later);
+  if (before && after && before->name != after->name) RefuseSeveralRuns();
+  return true;
 }
 
 // Almost always they are in order: a journal isn't where files changed before it was resumed.
@@ -65,21 +101,29 @@ void ResultFile::Sort() {
   if (!std::is_sorted(m_places.begin(), m_places.end(), IsEarlier)) {
     std::stable_sort(m_places.begin(), m_places.end(), IsEarlier);
   }
-  const auto isSame = [](const ResultPlace& a, const ResultPlace& b) { return a.input == b.input; };
-  const auto first = std::unique(m_places.rbegin(), m_places.rend(), isSame).base();
+  const auto isReplaced = [this](const ResultPlace& later, const ResultPlace& earlier) {
+    return IsReplaced(earlier, later);
+  };
+  const auto first = std::unique(m_places.rbegin(), m_places.rend(), isReplaced).base();
   m_places.erase(m_places.begin(), first);
 }
 
-Result ResultFile::Read(const ResultPlace& place) const {
+std::optional<Result> ResultFile::TryRead(const ResultPlace& place) const {
+  const Descriptor file = OpenReadOnly(m_path, 0);
   std::string line(place.length, '\0');
-  const ssize_t count = ::pread(m_file.Number(), line.data(), line.size(), place.offset);
-  const bool whole = count == static_cast<ssize_t>(line.size());
-  std::optional<ParsedLine> parsed = whole ? ParseJsonLine(line) : std::nullopt;
-  if (!parsed || parsed->kind != ParsedLine::Kind::kResult) {
-    throw InputError(NameInLine(m_path),
-                     "the result for input " + std::to_string(place.input) + " can't be read");
-  }
+  const ssize_t count = ::pread(file.Number(), line.data(), line.size(), place.offset);
+  if (count != static_cast<ssize_t>(line.size())) return std::nullopt;
+  std::optional<ParsedLine> parsed = ParseJsonLine(line);
+  if (!parsed || parsed->kind != ParsedLine::Kind::kResult) return std::nullopt;
+  if (parsed->result.input != place.input) return std::nullopt;
   return std::move(parsed->result);
+}
+
+Result ResultFile::Read(const ResultPlace& place) const {
+  std::optional<Result> result = TryRead(place);
+  if (result) return *std::move(result);
+  throw InputError(NameInLine(m_path),
+                   "the result for input " + std::to_string(place.input) + " can't be read");
 }
 
 }  // namespace corvo

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "tools/corvo/archive/Descriptor.h"
 #include "tools/corvo/archive/Results.h"
 
 namespace corvo {
@@ -18,7 +17,8 @@ struct ResultPlace {
 };
 
 // A file of results as `corvo verify --json` or a journal has them. Only places are held in
-// memory. Constant, so any thread may read from it.
+// memory, and no descriptor: there may be more files than a process can have open. Constant, so any
+// thread may read from it.
 class ResultFile {
  public:
   // Throws InputError: the file can't be read, or holds something else.
@@ -28,6 +28,9 @@ class ResultFile {
 
   // In the order of the inputs, each once: a later line replaces an earlier one.
   const std::vector<ResultPlace>& Places() const { return m_places; }
+
+  // Nothing where the line is damaged. Read throws InputError then.
+  std::optional<Result> TryRead(const ResultPlace& place) const;
   Result Read(const ResultPlace& place) const;
 
   // Of the journal's head or the totals; nothing in a file without either.
@@ -42,12 +45,16 @@ class ResultFile {
 
  private:
   [[noreturn]] void RefuseContent() const;
+  [[noreturn]] void RefuseSeveralRuns() const;
   void TakeLine(const std::string& line);
+  void TakeOptions(const RunOptions& options);
+  void TakeTotals(const RunTotals& totals);
+  bool IsReplaced(const ResultPlace& earlier, const ResultPlace& later) const;
   void Sort();
 
   std::string m_path;
-  Descriptor m_file;
   std::vector<ResultPlace> m_places;
+  bool m_isJournal = false;
   std::optional<RunOptions> m_options;
   std::optional<RunTotals> m_totals;
   long long m_wholeSize = 0;

@@ -3,6 +3,7 @@
 #include "tools/corvo/archive/Results.h"
 
 #include <charconv>
+#include <cstdio>
 #include <cstring>
 
 #include "tools/corvo/InputError.h"
@@ -13,6 +14,7 @@ namespace corvo {
 namespace {
 
 constexpr char kResultStart[] = "{\"input\":";
+constexpr unsigned long long kMostInputs = 1ULL << 62;
 
 void AddState(Json& object, const std::optional<FileState>& state) {
   const FileState known = state.value_or(FileState{});
@@ -62,9 +64,17 @@ std::string StateText(const Json& size, const Json& inode, const std::string& mo
   return size.dump() + ' ' + inode.dump() + ' ' + modified + ' ' + statusChanged;
 }
 
+// A count that can be counted on: negative ones would wrap, and so would the one behind the last.
+unsigned long long ReadCount(const Json& count) {
+  if (!count.is_number_unsigned() || count.get<unsigned long long>() > kMostInputs) {
+    throw InputError("the count is no count of inputs");
+  }
+  return count.get<unsigned long long>();
+}
+
 Result ReadResult(const Json& object, const std::string& line) {
   Result result;
-  result.input = object.at("input").get<unsigned long long>();
+  result.input = ReadCount(object.at("input"));
   result.name = ReadName(object);
   result.verdict = ReadVerdict(object);
   const Json& reason = object.at("reason");
@@ -79,10 +89,28 @@ Result ReadResult(const Json& object, const std::string& line) {
   return result;
 }
 
+std::uint64_t ReadHash(const Json& object) {
+  if (object.is_null()) return 0;
+  const std::string text = object.get<std::string>();
+  std::uint64_t hash = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, hash, 16);
+  if (error != std::errc() || stop != end) throw InputError("the hash is not a number");
+  return hash;
+}
+
+Json HashText(std::uint64_t hash) {
+  if (hash == 0) return {};
+  char text[17];
+  std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(hash));
+  return text;
+}
+
 RunTotals ReadTotals(const Json& object) {
   RunTotals totals;
   totals.options = ReadOptions(object);
-  totals.allInputs = object.at("all_inputs").get<unsigned long long>();
+  totals.seen.count = ReadCount(object.at("all_inputs"));
+  totals.seen.names = ReadHash(object.at("names_hash"));
   return totals;
 }
 
@@ -91,7 +119,7 @@ ParsedLine ReadLine(const Json& object, const std::string& line) {
     return {ParsedLine::Kind::kResult, ReadResult(object, line), {}};
   }
   if (object.contains("totals")) return {ParsedLine::Kind::kTotals, {}, ReadTotals(object)};
-  return {ParsedLine::Kind::kOptions, {}, {ReadOptions(object.at("journal")), {}, 0}};
+  return {ParsedLine::Kind::kOptions, {}, {ReadOptions(object.at("journal")), {}, {}}};
 }
 
 std::string Plural(unsigned long long count) {
@@ -113,8 +141,8 @@ std::string TextLine(const Result& result) {
 std::string TextLine(const RunTotals& totals) {
   const Shard& shard = totals.options.shard;
   const unsigned long long checked = totals.counts.All();
-  const std::string all = std::to_string(totals.allInputs) + Plural(totals.allInputs);
-  std::string text = checked == totals.allInputs && shard.IsEverything()
+  const std::string all = std::to_string(totals.seen.count) + Plural(totals.seen.count);
+  std::string text = checked == totals.seen.count && shard.IsEverything()
                          ? all
                          : std::to_string(checked) + " of " + all;
   if (!shard.IsEverything()) text += " (shard " + shard.Text() + ')';
@@ -144,7 +172,8 @@ std::string JsonLine(const RunTotals& totals) {
   }
   Json object;
   object["totals"] = counts;
-  object["all_inputs"] = totals.allInputs;
+  object["all_inputs"] = totals.seen.count;
+  object["names_hash"] = HashText(totals.seen.names);
   AddOptions(object, totals.options);
   return object.dump();
 }
@@ -172,7 +201,7 @@ unsigned long long InputOf(const std::string& jsonLine) {
   unsigned long long number = 0;
   if (jsonLine.compare(0, kStart, kResultStart) != 0) return 0;
   std::from_chars(jsonLine.data() + kStart, jsonLine.data() + jsonLine.size(), number);
-  return number;
+  return number > kMostInputs ? 0 : number;
 }
 
 }  // namespace corvo

@@ -39,7 +39,7 @@ struct Result {
 struct RunTotals {
   RunOptions options;
   VerdictCounts counts;
-  unsigned long long allInputs = 0;  // of all shards
+  SeenInputs seen;  // of all shards
 };
 
 // Size, inode and times as one text: equal for one state of one file alone.
@@ -68,7 +68,7 @@ struct ParsedLine {
 // Nothing for any other text.
 std::optional<ParsedLine> ParseJsonLine(const std::string& line);
 
-// The input's number alone, quickly; 0 for other than results.
+// The input's number alone, quickly; 0 for other than results, and for numbers that no run reaches.
 unsigned long long InputOf(const std::string& jsonLine);
 
 }  // namespace corvo

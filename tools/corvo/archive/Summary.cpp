@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iostream>
 #include <list>
+#include <optional>
 #include <set>
 
 #include "tools/corvo/archive/Names.h"
@@ -41,9 +42,10 @@ class Summary {
         PrintOne(m_sources[i]);
       }
     }
-    LookForGap(m_totals.allInputs + 1);
+    LookForGap(m_totals.seen.count + 1);
     RunTotals ofEverything = m_totals;
     ofEverything.options.shard = {};
+    ofEverything.seen.names = m_seen ? m_seen->names : 0;
     corvo::Print(m_plan, ofEverything);
     TellWhatIsAmiss();
     return std::max(m_totals.counts.Worst(), m_outcome);
@@ -58,12 +60,15 @@ class Summary {
   void LookAtTotals(const ResultFile& file) {
     const std::string name = NameInLine(file.Path());
     if (!file.Totals()) return Tell(name + ": its run didn't come to its end");
-    const unsigned long long seen = file.Totals()->allInputs;
-    if (m_totals.allInputs != 0 && seen != m_totals.allInputs) {
-      Tell(name + ": its run saw " + std::to_string(seen) + " inputs, another " +
-           std::to_string(m_totals.allInputs));
+    const SeenInputs& seen = file.Totals()->seen;
+    if (!m_seen) m_seen = seen;
+    if (seen.count != m_seen->count) {
+      Tell(name + ": its run saw " + std::to_string(seen.count) + " inputs, another " +
+           std::to_string(m_seen->count));
+    } else if (!(seen == *m_seen)) {
+      Tell(name + ": its run saw other inputs");
     }
-    m_totals.allInputs = std::max(m_totals.allInputs, seen);
+    m_totals.seen.count = std::max(m_totals.seen.count, seen.count);
   }
 
   void LookAtOptions(const ResultFile& file) {
@@ -87,7 +92,7 @@ class Summary {
     m_expected = source.place.input + 1;
     const Result result = source.file->Read(source.place);
     m_totals.counts.Add(result.verdict);
-    m_totals.allInputs = std::max(m_totals.allInputs, result.input);
+    m_totals.seen.count = std::max(m_totals.seen.count, result.input);
     corvo::Print(m_plan, result);
   }
 
@@ -114,14 +119,15 @@ class Summary {
            std::to_string(m_firstDouble->place.input) + " in " +
            NameInLine(m_firstDouble->file->Path()));
     }
-    if (m_totals.allInputs == 0) Tell("nothing to check");
+    if (m_totals.seen.count == 0) Tell("nothing to check");
   }
 
   const PrintPlan& m_plan;
   std::list<ResultFile> m_files;
   std::vector<Source> m_sources;
   RunTotals m_totals;
-  std::set<unsigned> m_shards;  // that are there
+  std::optional<SeenInputs> m_seen;  // by the first run that came to its end
+  std::set<unsigned> m_shards;       // that are there
   unsigned long long m_expected = 1;
   unsigned long long m_missing = 0;
   unsigned long long m_firstMissing = 0;

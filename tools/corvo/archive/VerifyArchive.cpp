@@ -61,11 +61,10 @@ class Run {
   }
 
   Work Verify(const Input& input) const {
+    const std::optional<Result> old = m_journal ? m_journal->Find(input) : std::nullopt;
     if (!input.refusal.empty()) return {Refuse(input), false};
     const RecordingFile file(input.name);
-    if (m_journal && file.State()) {
-      if (auto old = m_journal->Find(input, StateText(*file.State()))) return {*old, true};
-    }
+    if (old && file.State() && old->state == StateText(*file.State())) return {*old, true};
     RecordingExamination found;
     Check(file, found, m_plan.options.throughHostCall ? AskLibrary : Examine);
     if (m_plan.options.strict) BeStrict(found);
@@ -105,7 +104,7 @@ class Run {
     if (m_journal) m_journal->Finish(totals);
     Print(m_plan.print, totals);
     for (const std::string& line : m_inputs.Hidden()) std::cerr << "corvo: " << line << '\n';
-    if (totals.allInputs == 0) throw InputError("nothing to check");
+    if (totals.seen.count == 0) throw InputError("nothing to check");
     return m_inputs.Hidden().empty() ? m_counts.Worst() : Outcome::kBadInput;
   }
 
