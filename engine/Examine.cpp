@@ -16,6 +16,7 @@
 #include "engine/CorvoVerifiedRecording.h"
 #include "engine/LayoutDepartures.h"
 #include "engine/SealedHeader.h"
+#include "platform/HoldCancellation.h"
 #include "platform/Uninterrupted.h"
 
 namespace {
@@ -82,6 +83,30 @@ int DigestRecording(DescriptorSource& source, NA_INFO record, unsigned long fact
   return error;
 }
 
+// A file opened for reading, closed also where the thread is cancelled meanwhile.
+class OpenedFile {
+ public:
+  explicit OpenedFile(const char* path)
+      : m_descriptor(Uninterrupted(
+            [&] { return ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); })) {}
+  OpenedFile(const OpenedFile&) = delete;
+  OpenedFile& operator=(const OpenedFile&) = delete;
+  ~OpenedFile() {
+    const HoldCancellation hold;
+    if (m_descriptor != -1) ::close(m_descriptor);
+  }
+
+  int Descriptor() const { return m_descriptor; }
+
+ private:
+  int m_descriptor;
+};
+
+void RefuseToRead(int error, RecordingExamination& found) {
+  found = {};
+  found.reason = Text(error);
+}
+
 // One examination of an open file.
 class Examination {
  public:
@@ -122,6 +147,10 @@ class Examination {
       return false;
     }
     m_found.fileSize = static_cast<LONGLONG>(status.stx_size);
+    if (m_found.fileSize > kLongestFile) {  // the way through its chunks could take hours
+      Conclude(RecordingVerdict::kMalformed, "it is longer than any sealed recording");
+      return false;
+    }
     return true;
   }
 
@@ -166,12 +195,10 @@ class Examination {
            (m_sealed || std::any_of(stored, stored + kDigestSize, [](int byte) { return byte; }));
   }
 
-  bool IsTooLong() const {
-    return m_found.fileSize > kLongestFile || m_found.audioSize > kMostAudio;
-  }
+  bool DeclaresTooMuchAudio() const { return m_found.audioSize > kMostAudio; }
 
   bool HoldsAllAudio() const {
-    return m_found.hasAudio && m_found.missingAudio == 0 && !IsTooLong();
+    return m_found.hasAudio && m_found.missingAudio == 0 && !DeclaresTooMuchAudio();
   }
 
   int Digest(DescriptorSource& source) {
@@ -198,8 +225,9 @@ class Examination {
       Conclude(RecordingVerdict::kUnsealed, "it isn't marked as sealed");
     } else if (!m_found.hasRecord || !m_found.hasAudio) {
       Conclude(RecordingVerdict::kMalformed, Text(m_refusal));
-    } else if (IsTooLong()) {
-      Conclude(RecordingVerdict::kMalformed, "it is longer than any sealed recording");
+    } else if (DeclaresTooMuchAudio()) {
+      Conclude(RecordingVerdict::kMalformed,
+               "it declares more audio than any sealed recording holds");
     } else if (m_found.missingAudio != 0) {
       Conclude(RecordingVerdict::kMalformed,
                tstring::FromFormat("it lacks %u of its %u bytes of audio", m_found.missingAudio,
@@ -228,16 +256,11 @@ void VerifyRecording::Examine(int descriptor, RecordingExamination& found) {
 void VerifyRecording::Examine(const char* pszFileName, RecordingExamination& found) {
   const tstring resolved = file_layer::ResolveBareName(pszFileName);
   const file_layer::FoundPath path(resolved.c_str());
-  const int descriptor = Uninterrupted(
-      [&] { return ::open(path.Text(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
-  if (descriptor == -1) {
-    const int error = errno;
-    found = {};
-    found.reason = Text(error);
-    return;
-  }
-  Examine(descriptor, found);
-  ::close(descriptor);
+  const bool isNamed = pszFileName != nullptr && *pszFileName != '\0';
+  if (isNamed && *path.Text() == '\0') return RefuseToRead(ENAMETOOLONG, found);
+  const OpenedFile file(path.Text());
+  if (file.Descriptor() == -1) return RefuseToRead(errno, found);
+  Examine(file.Descriptor(), found);
 }
 
 bool VerifyRecording::ComputeDigest(int descriptor, const NA_INFO& record, unsigned long factValue,

@@ -113,6 +113,8 @@ def digest(file, header, audio_size):
 
 def verdict(file, size):
     """The verdict on an open recording, and the reason for it."""
+    if size > LONGEST_FILE:
+        return "malformed", "it is longer than any sealed recording"
     try:
         record = read_record(file)
         if record[FLAG] != b"\1\0\0\0":
@@ -121,8 +123,8 @@ def verdict(file, size):
     except Malformed as why:
         return "malformed", str(why)
     missing = audio_size - max(size - file.tell(), 0)
-    if size > LONGEST_FILE or audio_size > LONGEST_FILE - HEADER_SIZE:
-        return "malformed", "it is longer than any sealed recording"
+    if audio_size > LONGEST_FILE - HEADER_SIZE:
+        return "malformed", "it declares more audio than any sealed recording holds"
     if missing > 0:
         return "malformed", f"it lacks {missing} of its {audio_size} bytes of audio"
     if digest(file, sealed_header(record, fact, audio_size), audio_size) != record[DIGEST]:

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "EngineTest.h"
 
@@ -77,6 +78,11 @@ TEST_F(ExamineTest, GivesTheVerdictAndItsReason) {
        Verdict::kMalformed,
        "it lacks 20 of its 40 bytes of audio",
        {"3190+20 audio that the file lacks"}},
+      {"TooMuchAudio",
+       With(sealed, 3166, "\xFF\xFF\xFF\xFF"),
+       Verdict::kMalformed,
+       "it declares more audio than any sealed recording holds",
+       {"4+4 RIFF size", "3210+4294967255 audio that the file lacks"}},
       {"NoFact",
        With(sealed, 3150, "fuct"),
        Verdict::kMalformed,
@@ -155,6 +161,21 @@ TEST_F(ExamineTest, EndsOnHostileChunks) {
   EXPECT_EQ(Examine("RIFF    WAVEhuge\xFF\xFF\xFF\xFF").verdict, Verdict::kMalformed);
 }
 
+// Holes are read as empty chunks: nobody must wait for the way through gigabytes of them.
+TEST_F(ExamineTest, RefusesAtOnceWhatIsLongerThanSealedRecordings) {
+  Sealed();
+  for (const std::uintmax_t size : {0x7FFFFFFFull, 0x80000000ull, 1ull << 36}) {
+    std::filesystem::resize_file(m_path, size);
+    RecordingExamination found;
+    VerifyRecording().Examine(m_path.c_str(), found);
+    EXPECT_EQ(found.verdict == Verdict::kOk, size == 0x7FFFFFFF);
+    EXPECT_EQ(Verify(), size == 0x7FFFFFFF);
+    if (size == 0x7FFFFFFF) continue;
+    EXPECT_EQ(found.reason, "it is longer than any sealed recording");
+    EXPECT_EQ(found.fileSize, static_cast<LONGLONG>(size));
+  }
+}
+
 TEST_F(ExamineTest, AgreesWithVerificationWhateverByteChanges) {
   const std::string sealed = Sealed();
   int accepted = 0;
@@ -191,6 +212,8 @@ TEST_F(ExamineTest, TellsWhatCannotBeRead) {
   EXPECT_EQ(found.reason, "No such file or directory");
   engine.Examine(ScratchPath("rec").c_str(), found);
   EXPECT_EQ(found.reason, "it is not a regular file");
+  engine.Examine(("/" + std::string(MAX_PATH, 'x')).c_str(), found);
+  EXPECT_EQ(found.reason, "File name too long");
   engine.Examine(-1, found);
   EXPECT_EQ(found.reason, "Bad file descriptor");
 }
