@@ -78,6 +78,8 @@ TEST(CorvoArchive, TellsEachVerdictAsTextAsJsonAndByItsExitCode) {
                   object["computed_digest"] != object["stored_digest"],
               verdict == "broken");
     EXPECT_EQ(object.size(), 16u);  // the same members whatever is wrong
+    const bool isSealed = verdict == "ok" || verdict == "broken" || row.bytes.size() == 3190;
+    EXPECT_EQ(object["departures"].is_array(), isSealed);
 
     const Ran silent = shell.Run("corvo verify --status x.wav");
     EXPECT_EQ(silent.exitCode, exitCode);
@@ -246,6 +248,13 @@ TEST_F(SmallArchive, AsksTheLibraryAsHostsDo) {
        "in/d.wav: FAILED (unsealed: no NA_INFO is found within the file \"in/d.wav\"; no signature"
        " found within the file \"in/d.wav\")\n"
        "4 inputs: 1 ok, 1 broken, 2 unsealed, 0 malformed, 0 unreadable, 0 changed\n"},
+      {"cp in/c.wav 'Legal authentication failed'; corvo verify --through-host-call Legal* | sed "
+       "1q",
+       0,
+       "Legal authentication failed: FAILED (unsealed: no signature found within the file \"Legal"
+       " authentication failed\")\n"},
+      {"corvo verify --json --through-host-call in/a.wav | grep -o '.departures.:[^,}]*'", 0,
+       "\"departures\":null\n"},
   });
 }
 

@@ -110,13 +110,21 @@ void UseSettingsDirectory(const std::string& directory) {
   TheHost().settings = directory;
 }
 
-std::string TakeReason() {
+std::vector<std::string> TakeReasons() {
   Host& host = TheHost();
   const std::lock_guard<std::mutex> lock(host.mutex);
-  const auto mine = host.reasons.extract(std::this_thread::get_id());
+  auto mine = host.reasons.extract(std::this_thread::get_id());
+  if (mine.empty()) return {};
+  return std::move(mine.mapped());
+}
+
+std::string TakeReason() {
+  return JoinReasons(TakeReasons());
+}
+
+std::string JoinReasons(const std::vector<std::string>& reasons) {
   std::string all;
-  if (mine.empty()) return all;
-  for (const std::string& reason : mine.mapped()) all += (all.empty() ? "" : "; ") + reason;
+  for (const std::string& reason : reasons) all += (all.empty() ? "" : "; ") + reason;
   return all;
 }
 

@@ -7,8 +7,8 @@
 namespace corvo {
 
 // What the command tells the library as its host process: where to keep what it writes on its own
-// account, which trace lines are wanted and where they go. One thread uses this; but TakeReason and
-// the library's calls may run on any.
+// account, which trace lines are wanted and where they go. One thread uses this; but TakeReasons
+// and the library's calls may run on any.
 
 // $XDG_STATE_HOME/corvo, or .local/state/corvo in the user's home directory. Throws InputError.
 std::string DefaultHome();
@@ -22,9 +22,11 @@ void SetUpHost(const std::string& home, bool trace);
 std::string HomeDirectory();
 void UseSettingsDirectory(const std::string& directory);
 
-// Why the library refused this thread since the last call: its failure lines, joined, without trace
-// prefixes and the signatures of the operations that wrote them.
+// Why the library refused this thread since the last call: its failure lines, without trace
+// prefixes and the signatures of the operations that wrote them; one by one, or joined.
+std::vector<std::string> TakeReasons();
 std::string TakeReason();
+std::string JoinReasons(const std::vector<std::string>& reasons);
 
 }  // namespace corvo
 

@@ -2,11 +2,21 @@
 
 #include "tools/corvo/archive/ExaminationJson.h"
 
+#include "engine/CorvoVerifiedRecording.h"
 #include "tools/corvo/Hex.h"
 #include "tools/corvo/Utf8.h"
 #include "tools/corvo/archive/Names.h"
 
 namespace corvo {
+namespace {
+
+bool IsComparedWithLayout(const RecordingExamination& found) {
+  NA_INFO record = found.record;
+  return found.hasRecord && found.verdict != RecordingVerdict::kUnreadable &&
+         VerifyRecording().IsSignaturePresent(record);
+}
+
+}  // namespace
 
 void AddName(Json& object, const std::string& name) {
   const bool escaped = !IsUtf8(name);
@@ -27,7 +37,9 @@ void AddAudio(Json& object, const RecordingExamination& found) {
 }
 
 void AddDepartures(Json& object, const RecordingExamination& found) {
-  Json& list = object["departures"] = Json::array();
+  Json& list = object["departures"];
+  if (!IsComparedWithLayout(found)) return;
+  list = Json::array();
   for (int i = 0; i < found.departureCount; ++i) {
     const LayoutDeparture& departure = found.departures[i];
     list.push_back(

@@ -27,6 +27,7 @@ void AddDigests(Json& object, const RecordingExamination& found);
 // "audio_offset", "audio_size" and "audio_missing".
 void AddAudio(Json& object, const RecordingExamination& found);
 
+// "departures": null unless the recording is marked as sealed and was compared with the layout.
 void AddDepartures(Json& object, const RecordingExamination& found);
 
 }  // namespace corvo

@@ -2,6 +2,8 @@
 
 #include "tools/corvo/archive/HostCheck.h"
 
+#include <algorithm>
+
 #include "engine/RecordingSeal.h"
 #include "tools/corvo/HostServices.h"
 #include "tools/corvo/InputError.h"
@@ -20,9 +22,13 @@ constexpr FailureLine kFailureLines[] = {
     {"no signature found", RecordingVerdict::kUnsealed},
 };
 
-RecordingVerdict VerdictOf(const std::string& reason) {
+// Reasons hold file names, which may say anything.
+RecordingVerdict VerdictOf(const std::vector<std::string>& reasons) {
   for (const FailureLine& line : kFailureLines) {
-    if (reason.find(line.text) != std::string::npos) return line.verdict;
+    const auto says = [&line](const std::string& reason) {
+      return reason.rfind(line.text, 0) == 0;
+    };
+    if (std::any_of(reasons.begin(), reasons.end(), says)) return line.verdict;
   }
   return RecordingVerdict::kUnreadable;
 }
@@ -38,14 +44,14 @@ void AskLibrary(const RecordingFile& file, RecordingExamination& found) {
     found.reason = text.substr(file.Name().size() + 2);  // without "NAME: "
     return;
   }
-  TakeReason();
+  TakeReasons();
   if (VerifySignature(recording.path.c_str())) {
     found.verdict = RecordingVerdict::kOk;
     return;
   }
-  const std::string reason = InUsersWords(recording, TakeReason());
-  found.verdict = VerdictOf(reason);
-  found.reason = reason;
+  const std::vector<std::string> reasons = TakeReasons();
+  found.verdict = VerdictOf(reasons);
+  found.reason = InUsersWords(recording, JoinReasons(reasons));
 }
 
 }  // namespace corvo
