@@ -109,7 +109,7 @@ Inputs::Inputs(const InputPlan& plan) : m_plan(plan) {
 }
 
 bool Inputs::Next(Input& input) {
-  while (NotedSignal() == 0 && Advance(input)) {
+  while (NotedSignal() == 0 && !m_isStopped && Advance(input)) {
     m_seen.Add(input.name);
     input.number = m_seen.count;
     if (input.hidesOthers && !m_plan.shard.IsEverything()) {
@@ -118,6 +118,11 @@ bool Inputs::Next(Input& input) {
     if (m_plan.shard.Holds(input.name)) return true;
   }
   return false;
+}
+
+void Inputs::Stop() {
+  m_isStopped = true;
+  if (m_list != nullptr) m_list->Stop();
 }
 
 bool Inputs::NextGiven(GivenName& given) {

@@ -1,6 +1,7 @@
 #ifndef TOOLS_CORVO_ARCHIVE_INPUTS_H
 #define TOOLS_CORVO_ARCHIVE_INPUTS_H
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -68,8 +69,11 @@ class Inputs {
   // Throws InputError when the list can't be opened.
   explicit Inputs(const InputPlan& plan);
 
-  // False: there are no more, or an interruption has been noted.
+  // False: there are no more, an interruption has been noted, or Stop was called.
   bool Next(Input& input);
+
+  // Ends a Next that waits for a list's writer, and all that follow. Any thread.
+  void Stop();
 
   // So far, in all shards.
   const SeenInputs& Seen() const { return m_seen; }
@@ -98,6 +102,7 @@ class Inputs {
   std::vector<Level> m_levels;
   SeenInputs m_seen;
   std::vector<std::string> m_hidden;
+  std::atomic<bool> m_isStopped{false};
 };
 
 }  // namespace corvo

@@ -6,8 +6,9 @@
 
 namespace corvo {
 
-// From here on SIGINT, SIGTERM and SIGHUP are noted instead of ending the process; a second one
-// ends it. What is ignored already, as by nohup, stays ignored. Not undone.
+// From here on SIGINT, SIGTERM and SIGHUP are noted instead of ending the process. A second one of
+// the same kind ends it: of another it doesn't, since a session's end sends SIGTERM and SIGHUP.
+// What is ignored already, as by nohup, stays ignored. Not undone.
 void NoteInterruptions();
 
 // The signal that was noted, or 0. Any thread.

@@ -15,16 +15,7 @@ namespace corvo {
 namespace {
 
 constexpr std::size_t kReadSize = 65536;
-constexpr int kLookMilliseconds = 200;  // for an interruption
-
-// Waits for input. False: interrupted.
-bool Await(int descriptor) {
-  pollfd wanted{descriptor, POLLIN, 0};
-  while (NotedSignal() == 0) {
-    if (::poll(&wanted, 1, kLookMilliseconds) > 0) return true;
-  }
-  return false;
-}
+constexpr int kLookMilliseconds = 200;  // whether to stop
 
 GivenName FromLine(const std::string& line) {
   if (line.empty() || line[0] != '\\') return {line, {}};
@@ -39,7 +30,20 @@ NameList::NameList(const std::string& file, bool zeroSeparated)
     : m_file(file), m_zeroSeparated(zeroSeparated) {
   if (file == "-") return;
   m_opened = Descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!m_opened.IsOpen()) throw InputError(file, ErrorText(errno));
+  if (!m_opened.IsOpen()) throw InputError(NameInLine(file), ErrorText(errno));
+}
+
+bool NameList::MustStop() const {
+  return m_isStopped || NotedSignal() != 0;
+}
+
+// Waits for input. False: stopped.
+bool NameList::Await(int descriptor) const {
+  pollfd wanted{descriptor, POLLIN, 0};
+  while (!MustStop()) {
+    if (::poll(&wanted, 1, kLookMilliseconds) > 0) return true;
+  }
+  return false;
 }
 
 NameList::Fill NameList::ReadMore() {
@@ -58,7 +62,7 @@ NameList::Fill NameList::ReadMore() {
 bool NameList::TakeText(std::string& text) {
   text = m_buffer.substr(m_at);
   m_at = m_buffer.size();
-  return !text.empty() && NotedSignal() == 0;
+  return !text.empty() && !MustStop();
 }
 
 bool NameList::Next(GivenName& given) {

@@ -1,6 +1,7 @@
 #ifndef TOOLS_CORVO_ARCHIVE_NAMELIST_H
 #define TOOLS_CORVO_ARCHIVE_NAMELIST_H
 
+#include <atomic>
 #include <string>
 
 #include "tools/corvo/archive/Descriptor.h"
@@ -22,12 +23,16 @@ class NameList {
   // Throws InputError when the file can't be opened.
   NameList(const std::string& file, bool zeroSeparated);
 
-  // False at the end, and once an interruption has been noted. A list that can't be read further
-  // is the last name, refused.
+  // False at the end, and once an interruption has been noted or Stop was called. A list that can't
+  // be read further is the last name, refused.
   bool Next(GivenName& given);
+
+  void Stop() { m_isStopped = true; }  // any thread
 
  private:
   enum class Fill { kMore, kEnd, kError };
+  bool MustStop() const;
+  bool Await(int descriptor) const;
   Fill ReadMore();
   bool TakeText(std::string& text);
 
@@ -37,6 +42,7 @@ class NameList {
   std::string m_buffer;
   std::size_t m_at = 0;  // behind it m_buffer is still to be taken
   bool m_ended = false;
+  std::atomic<bool> m_isStopped{false};
 };
 
 }  // namespace corvo

@@ -25,6 +25,7 @@ class OrderedWork {
   std::function<void(Result&)> put;
   std::function<void()> tick;      // several times a second, when nothing else is to do
   std::function<bool()> mustStop;  // any thread. Once true, no more work is begun
+  std::function<void()> stopNext;  // any thread: makes a `next` that waits return. May be none
 
   void Run(unsigned jobs);
 
@@ -62,6 +63,7 @@ class OrderedWork {
   bool IsStopping() const { return m_isAbandoned || mustStop(); }
 
   void Abandon() {
+    if (stopNext) stopNext();
     const Lock lock(m_mutex);
     m_isAbandoned = true;
     m_changed.notify_all();

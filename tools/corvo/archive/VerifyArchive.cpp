@@ -56,6 +56,7 @@ class Run {
     work.put = [this](Work& done) { Put(done); };
     work.tick = [this] { m_progress.Draw(); };
     work.mustStop = [] { return NotedSignal() != 0; };
+    work.stopNext = [this] { m_inputs.Stop(); };
     work.Run(m_plan.jobs);
     m_progress.Erase();
   }
