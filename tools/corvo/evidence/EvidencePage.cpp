@@ -28,10 +28,11 @@ std::string Bytes(LONGLONG count) {
 Facts Identity(const RecordingEvidence& evidence) {
   Facts facts{{{"Name", Visible(evidence.name)}}};
   if (evidence.modified.empty()) return facts;
-  facts.rows.insert(facts.rows.end(), {{"Size", Bytes(evidence.found.fileSize)},
-                                       {"Content last changed (UTC)", evidence.modified},
-                                       {"Status last changed (UTC)", evidence.statusChanged},
-                                       {"SHA-256 of the file", evidence.sha256}});
+  facts.rows.insert(facts.rows.end(),
+                    {{"Size", Bytes(evidence.found.fileSize)},
+                     {"Modification time in the file system", evidence.modified},
+                     {"Status change time in the file system", evidence.statusChanged},
+                     {"SHA-256 of the file", evidence.sha256}});
   if (!evidence.startTime.empty()) {
     facts.rows.emplace_back("Start time (not covered)", evidence.startTime);
   }
@@ -40,16 +41,14 @@ Facts Identity(const RecordingEvidence& evidence) {
 
 std::vector<Block> DigestBlocks(const RecordingEvidence& evidence) {
   const RecordingExamination& found = evidence.found;
-  if (!evidence.StoresDigest()) return {Paragraph{"No fingerprint is stored in this file."}};
-  const std::string stored = Grouped(found.record.bySignature);
-  if (!found.hasDigest) {
-    return {
-        Facts{{{"Stored in the recording", stored},
-               {"Computed from it now", "can't be: what it is computed over isn't all there"}}}};
+  const std::string statement = DigestStatement(evidence);
+  if (!evidence.StoresDigest()) return {Paragraph{statement}};
+  Facts facts{{{"Stored in the recording", Grouped(found.record.bySignature)}}};
+  if (found.hasDigest) {
+    facts.rows.emplace_back("Computed from it now", Grouped(found.computedDigest));
   }
-  return {Facts{{{"Stored in the recording", stored},
-                 {"Computed from it now", Grouped(found.computedDigest)},
-                 {"Comparison", evidence.DigestsAgree() ? "equal" : "DIFFERENT"}}}};
+  facts.rows.emplace_back(found.hasDigest ? "Comparison" : "Computed from it now", statement);
+  return {facts};
 }
 
 std::vector<Block> Explanations(const RecordingEvidence& evidence) {
@@ -115,13 +114,10 @@ void AddStructure(const RecordingExamination& found, Part& part) {
 }
 
 Section CoverageSection(const RecordingEvidence& evidence) {
-  return {"What the seal covers in this file",
-          {DrawCoverage(evidence.coverage),
-           Paragraph{"\"Covered\" bytes can't be changed without breaking the seal. \"Fixed\" "
-                     "markings must be as they are for the recording to be recognised. What is "
-                     "\"not covered\" could be changed without being noticed.",
-                     Paragraph::kNote},
-           Coverage(evidence.coverage)}};
+  const std::string title = CoverageTitle(evidence);
+  const Paragraph note{CoverageNote(evidence), Paragraph::kNote};
+  if (evidence.coverage.empty()) return {title, {note}};
+  return {title, {DrawCoverage(evidence.coverage, title), note, Coverage(evidence.coverage)}};
 }
 
 Section SoundSection(const RecordingEvidence& evidence, bool asked) {
@@ -160,7 +156,7 @@ Part RecordingPart(const RecordingEvidence& evidence, bool waveformAsked) {
   }
   if (!HasFindings(found.verdict)) return part;
   AddFindings(evidence, part);
-  if (!evidence.coverage.empty()) part.sections.push_back(CoverageSection(evidence));
+  part.sections.push_back(CoverageSection(evidence));
   if (found.hasAudio) part.sections.push_back(SoundSection(evidence, waveformAsked));
   if (!evidence.metadata.empty()) {
     part.sections.push_back({"Details of the call", {Metadata(evidence.metadata)}});

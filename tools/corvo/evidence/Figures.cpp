@@ -65,9 +65,9 @@ std::string Legend(int top) {
   constexpr struct {
     Protection protection;
     const char* text;
-  } kEntries[] = {{Protection::kCovered, "covered by the seal"},
-                  {Protection::kSeal, "the seal itself"},
-                  {Protection::kFixed, "fixed markings"},
+  } kEntries[] = {{Protection::kCovered, "covered"},
+                  {Protection::kSeal, "seal"},
+                  {Protection::kFixed, "fixed"},
                   {Protection::kOpen, "not covered"}};
   std::string svg;
   int x = 0;
@@ -147,7 +147,7 @@ std::string TextRow(const Waveform& waveform, std::size_t begin, std::size_t end
 
 }  // namespace
 
-Figure DrawCoverage(const std::vector<CoveredRange>& ranges) {
+Figure DrawCoverage(const std::vector<CoveredRange>& ranges, const std::string& title) {
   const LONGLONG end = ranges.back().offset + ranges.back().size;
   const LONGLONG head = AudioOffset(ranges);
   constexpr int kBarPitch = kTextHeight + kBarHeight + 10;
@@ -160,7 +160,7 @@ Figure DrawCoverage(const std::vector<CoveredRange>& ranges) {
   svg += Legend(height) + "</svg>";
   height += 2 * kTextHeight;
   const std::vector<std::string> lines = CountLines(ranges);
-  std::string caption = "What the seal covers in this file, by position: ";
+  std::string caption = title + ", by position: ";
   for (const std::string& line : lines) caption += line + (&line == &lines.back() ? "." : ", ");
   return {caption, Open(height, caption) + svg, {}};
 }

@@ -12,14 +12,15 @@ std::string PlainVerdict(const RecordingEvidence& evidence) {
       return "The seal is intact. What it covers (the sound, its length and the details of the "
              "call) has not been changed since the recording was last sealed.";
     case RecordingVerdict::kBroken:
-      return "The seal is broken. What this file holds and what its seal says don't agree: "
-             "something that the seal covers, or the seal itself, was changed after sealing.";
+      return "The seal is broken. What is found in this file and what its seal says don't agree: "
+             "something that the seal covers, the seal itself, or the markings that lead to them "
+             "were changed after sealing.";
     case RecordingVerdict::kUnsealed:
-      return "This recording carries no seal. Whether it was changed can't be told from it.";
+      return "This recording isn't marked as sealed.";
     case RecordingVerdict::kMalformed:
       return evidence.IsSealed()
                  ? "The seal can't be confirmed. The recording is marked as sealed, but it is not "
-                   "built as sealing builds it: part of it is missing or was changed."
+                   "built as sealing builds it: part of it is missing, was changed or was added."
                  : "This file is not a recording of this system, or so damaged that it can't be "
                    "recognised as one.";
     case RecordingVerdict::kUnreadable:
@@ -35,21 +36,24 @@ std::vector<std::string> Method() {
   return {
       "When a recording is sealed, a fingerprint of 20 bytes is computed over its sound and the "
       "details of the call by the published method SHA-1 (FIPS 180) and stored in the recording. "
-      "For this report the fingerprint was computed anew from the file as it is now, and both "
-      "were compared byte by byte. If as much as one bit that the seal covers were different, "
-      "the fingerprints would differ.",
+      "Where a file holds such a fingerprint, and all that it is computed over was found, it was "
+      "computed anew for this report from the file as it is now, and both were compared byte by "
+      "byte. If as much as one bit that the seal covers were different, the fingerprints would "
+      "differ.",
       "The fingerprint is taken over a header of 3170 bytes, built anew in a fixed layout from "
       "the recording's record (with the mark \"sealed\" and the fingerprint itself as zeros), its "
       "fact value and the length of its audio, followed by the audio.",
       "The files were opened for reading only and were not changed. The SHA-256 digest of each "
-      "whole file identifies exactly what was examined: the same digest means the same file."};
+      "whole file that could be read identifies exactly what was examined: the same digest means "
+      "the same content."};
 }
 
 std::vector<std::string> Limits() {
   return {
       "The fingerprint uses no secret key. Whoever may write to the file and knows the method can "
       "change the recording and seal it again; this check would then find the new seal intact. "
-      "An intact seal excludes accidental damage and changes by those who did not seal again. "
+      "Of what it covers, and of nothing else in the file, an intact seal excludes accidental "
+      "damage and changes by those who did not seal again. "
       "Who had access to the file since it was made must be shown by other means, such as "
       "custody records or a signed list of digests kept elsewhere.",
       "SHA-1 is no longer considered safe against someone who prepares two different recordings "
@@ -57,14 +61,16 @@ std::vector<std::string> Limits() {
       "for the fingerprint of a given one.",
       "The seal says nothing about what happened before sealing: who spoke, when the call took "
       "place, and whether the sound was complete. The times of the file come from the file "
-      "system, and the start time in the recording is not covered by the seal."};
+      "system, whose modification time can be set to any value, and the start time in the "
+      "recording is not covered by the seal."};
 }
 
 std::vector<std::string> WithoutThisProgram() {
   return {
-      "For a file exactly as sealing wrote it these commands of any Unix system compute the "
-      "fingerprint and show the stored one; both lines must be the same. The command "
-      "\"corvo recipe FILE\" prints such commands for any recording, by its own positions."};
+      "For a file exactly as sealing wrote it these commands, as GNU/Linux systems have them, "
+      "compute the fingerprint and show the stored one: both lines must begin with the same 40 "
+      "digits. The command \"corvo recipe FILE\" prints such commands for any sealed recording, by "
+      "its own positions."};
 }
 
 const char* CommandsWithoutThisProgram() {
@@ -80,6 +86,51 @@ const char* WaveformNote(bool asked) {
                : "No picture of the sound is drawn. A sealed recording always declares G.726 "
                  "audio, even where it holds GSM audio, so the kind of sound can't be known from "
                  "the file. It is drawn when the user states it (--codec g726).";
+}
+
+std::string DigestStatement(const RecordingEvidence& evidence) {
+  const RecordingExamination& found = evidence.found;
+  if (!found.hasRecord) {
+    return "The parts of the file lead to no record, and so to no stored fingerprint.";
+  }
+  if (!evidence.StoresDigest()) {
+    return "The record that the parts of the file lead to holds no fingerprint.";
+  }
+  if (found.hasDigest) return evidence.DigestsAgree() ? "equal" : "DIFFERENT";
+  if (!found.hasAudio) return "not computed: the parts of the file lead to no audio of this system";
+  if (found.missingAudio == 0) return "not computed: the file is longer than any sealed recording";
+  return "not computed: the file lacks " + std::to_string(found.missingAudio) + " of its " +
+         std::to_string(found.audioSize) + " bytes of audio";
+}
+
+std::string CoverageTitle(const RecordingEvidence& evidence) {
+  return evidence.DigestsAgree() ? "What the seal covers in this file"
+                                 : "What a seal would cover in this file";
+}
+
+std::string CoverageNote(const RecordingEvidence& evidence) {
+  const RecordingExamination& found = evidence.found;
+  if (found.moreChunks) {
+    return "There is no map: the file has more than the " +
+           std::to_string(RecordingExamination::kMostChunks) + " parts that are listed.";
+  }
+  if (!found.hasRecord || !found.hasAudio) {
+    return std::string("There is no map: the parts of the file lead to no ") +
+           (found.hasRecord ? "audio." : "record.");
+  }
+  if (evidence.coverage.empty()) {
+    return "There is no map: the ways to record and audio read the same bytes as different parts.";
+  }
+  const std::string standing =
+      evidence.DigestsAgree()   ? ""
+      : evidence.StoresDigest() ? "The seal of this file could not be confirmed: the map doesn't "
+                                  "show what is unchanged. "
+                                : "This file holds no fingerprint: nothing in it is protected. ";
+  return standing +
+         "A change of \"covered\" bytes breaks an intact seal. \"Fixed\" ones lead to the others: "
+         "a "
+         "change of them does so too or makes the recording unrecognisable, unless it leads to the "
+         "same bytes. What is \"not covered\" can be changed without breaking the seal.";
 }
 
 std::string ItemLabel(const Item& item) {

@@ -20,6 +20,13 @@ std::vector<std::string> Limits();
 std::vector<std::string> WithoutThisProgram();
 const char* CommandsWithoutThisProgram();
 
+// What comparing the stored digest with the computed one gave, or why they weren't compared.
+std::string DigestStatement(const RecordingEvidence& evidence);
+
+// Above and below the map of what the seal covers, or in its place.
+std::string CoverageTitle(const RecordingEvidence& evidence);
+std::string CoverageNote(const RecordingEvidence& evidence);
+
 // Why there is a waveform, or why not.
 const char* WaveformNote(bool asked);
 
