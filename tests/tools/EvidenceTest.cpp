@@ -196,6 +196,41 @@ TEST(CorvoEvidence, ShowsAnExpertHowARecordingIsBuilt) {
             "gone.wav: unreadable (No such file or directory)\n");
 }
 
+// An intact seal says nothing of them, and players may take the last of two sounds.
+TEST(CorvoEvidence, WarnsOfPartsThatTheSealDoesNotCover) {
+  const Shell shell("warning");
+  const std::string sealed = Sealed(shell);
+  const std::string forged = "data" + Le32(3) + "xyz";
+  const struct {
+    const char* name;
+    std::string bytes;
+    const char* named;
+  } rows[] = {
+      {"Behind", sealed + forged, "another \"data\" (3 bytes at offset 7802)."},
+      {"BeforeAndNotMarked",
+       With(sealed.substr(0, 28) + forged + sealed.substr(28), 309, std::string(1, '\0')),
+       "another \"data\" (3 bytes at offset 28)."},
+      {"Format", sealed + "fmt " + Le32(16) + sealed.substr(36, 16), "another \"fmt \" (16 bytes"},
+      {"Unknown", Reordered(sealed), "\"LIST\" (3 bytes at offset 52), \"note\" (2 bytes"},
+      {"Many", sealed + std::string(80, '\0'), "at offset 7826), and more."},
+      {"AsSealed", sealed, "none"},
+      {"Padded", sealed + '\0', "none"},
+      {"Broken", With(sealed, 5000, "\1\2") + forged, "none"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const json warning = Inspect(shell, row.bytes)["warning"];
+    EXPECT_THAT(warning.is_null() ? "none" : warning.get<std::string>(), HasSubstr(row.named));
+  }
+  WriteFile(shell.Path("x.wav"), sealed + forged);
+  EXPECT_EQ(shell
+                .Run("corvo report x.wav | grep -c '<p class=\"bad\">Warning: the file also';"
+                     " corvo report --format text x.wav | grep -c 'Warning: the file also';"
+                     " corvo inspect x.wav | grep -c 'Warning: the file also'")
+                .output,
+            "1\n1\n1\n");
+}
+
 TEST(CorvoEvidence, IdentifiesTheFileAndTheProgram) {
   const Shell shell("identity");
   Sealed(shell);

@@ -77,6 +77,7 @@ Json Recording(const RecordingEvidence& evidence) {
   object["verdict"] = VerdictWord(found.verdict);
   object["reason"] = TextOrNull(Visible(found.reason));
   object["statement"] = PlainVerdict(evidence);
+  object["warning"] = TextOrNull(Warning(evidence));
   object["explanations"] = Explanations(evidence);
   object["size"] = ValueOrNull(!evidence.modified.empty(), found.fileSize);
   object["modified"] = TextOrNull(evidence.modified);

@@ -141,11 +141,17 @@ bool HasFindings(RecordingVerdict verdict) {
   return verdict != RecordingVerdict::kUnreadable && verdict != RecordingVerdict::kChanged;
 }
 
+void AddWarning(const RecordingEvidence& evidence, Part& part) {
+  const std::string warning = Warning(evidence);
+  if (!warning.empty()) part.lead.push_back(Paragraph{warning, Paragraph::kBad});
+}
+
 Part RecordingPart(const RecordingEvidence& evidence, bool waveformAsked) {
   const RecordingExamination& found = evidence.found;
   const bool good = found.verdict == RecordingVerdict::kOk;
   Part part{"Recording " + Visible(evidence.name), {}, {}};
   part.lead.push_back(Paragraph{PlainVerdict(evidence), good ? Paragraph::kGood : Paragraph::kBad});
+  AddWarning(evidence, part);
   std::string verdict = std::string("Verdict: ") + VerdictWord(found.verdict);
   if (!good) verdict += " (" + Visible(found.reason) + ")";
   part.lead.push_back(Paragraph{verdict});
@@ -204,8 +210,10 @@ Part AppendixPart(const EvidenceReport& report) {
 Table Overview(const std::vector<RecordingEvidence>& recordings) {
   Table table{{"Verdict", "In words", "Recording"}, {}};
   for (const RecordingEvidence& evidence : recordings) {
-    table.rows.push_back(
-        {VerdictWord(evidence.found.verdict), PlainVerdict(evidence), Visible(evidence.name)});
+    const std::string warning = Warning(evidence);
+    table.rows.push_back({VerdictWord(evidence.found.verdict),
+                          PlainVerdict(evidence) + (warning.empty() ? "" : ' ' + warning),
+                          Visible(evidence.name)});
   }
   return table;
 }
@@ -233,6 +241,7 @@ Page InspectionPage(const RecordingEvidence& evidence) {
   Part part{Visible(evidence.name) + ": " + VerdictWord(found.verdict), {}, {}};
   if (!found.reason.empty()) part.title += " (" + Visible(found.reason) + ")";
   if (HasFindings(found.verdict)) {
+    AddWarning(evidence, part);
     AddFindings(evidence, part);
     AddStructure(found, part);
     if (!evidence.metadata.empty()) {

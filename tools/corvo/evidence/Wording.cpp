@@ -2,9 +2,30 @@
 
 #include "tools/corvo/evidence/Wording.h"
 
+#include <algorithm>
 #include <cctype>
+#include <iterator>
+
+#include "tools/corvo/evidence/Visible.h"
 
 namespace corvo {
+namespace {
+
+constexpr int kMostNamed = 4;  // of the parts in a warning; the chunk map has them all
+
+std::string Named(const RecordingExamination& found, const RecordingChunk& chunk) {
+  const RecordingChunk* const end = found.chunks + found.chunkCount;
+  const bool another = std::any_of(found.chunks, end, [&](const RecordingChunk& other) {
+    return other.taken != DigestInput::kNothing &&
+           std::equal(std::begin(chunk.id), std::end(chunk.id), std::begin(other.id));
+  });
+  return std::string(another ? "another " : "") + '"' +
+         Visible(std::string(chunk.id, sizeof chunk.id)) + "\" (" +
+         std::to_string(chunk.presentSize) + " bytes at offset " + std::to_string(chunk.offset) +
+         ")";
+}
+
+}  // namespace
 
 std::string PlainVerdict(const RecordingEvidence& evidence) {
   switch (evidence.found.verdict) {
@@ -32,6 +53,21 @@ std::string PlainVerdict(const RecordingEvidence& evidence) {
   return {};
 }
 
+std::string Warning(const RecordingEvidence& evidence) {
+  const RecordingExamination& found = evidence.found;
+  if (!evidence.DigestsAgree()) return {};
+  std::string parts;
+  int count = 0;
+  for (int i = 0; i < found.chunkCount; ++i) {
+    if (found.chunks[i].taken != DigestInput::kNothing || ++count > kMostNamed) continue;
+    parts += (parts.empty() ? "" : ", ") + Named(found, found.chunks[i]);
+  }
+  if (count == 0) return {};
+  if (count > kMostNamed || found.moreChunks) parts += ", and more";
+  return "Warning: the file also holds what the seal doesn't cover: " + parts +
+         ". Other programs may play or show that instead of what was sealed, or along with it.";
+}
+
 std::vector<std::string> Method() {
   return {
       "When a recording is sealed, a fingerprint of 20 bytes is computed over its sound and the "
@@ -56,6 +92,9 @@ std::vector<std::string> Limits() {
       "damage and changes by those who did not seal again. "
       "Who had access to the file since it was made must be shown by other means, such as "
       "custody records or a signed list of digests kept elsewhere.",
+      "A file may hold further parts, such as a second sound, that can be added or changed without "
+      "breaking the seal. This program finds the sealed ones as sealing does; a player may choose "
+      "others. The report warns of such parts where it finds them.",
       "SHA-1 is no longer considered safe against someone who prepares two different recordings "
       "with the same fingerprint before sealing. No way is known to make a different recording "
       "for the fingerprint of a given one.",

@@ -14,6 +14,10 @@ namespace corvo {
 // What the verdict means, for those who have never heard of the format.
 std::string PlainVerdict(const RecordingEvidence& evidence);
 
+// What stands beside that which an intact seal covers, and might be taken for it; empty where
+// nothing does.
+std::string Warning(const RecordingEvidence& evidence);
+
 // How the verdict was found, what it can't show, and how to find it without this program.
 std::vector<std::string> Method();
 std::vector<std::string> Limits();
