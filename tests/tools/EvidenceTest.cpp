@@ -231,6 +231,24 @@ TEST(CorvoEvidence, WarnsOfPartsThatTheSealDoesNotCover) {
             "1\n1\n1\n");
 }
 
+TEST(CorvoEvidence, FitsATerminalAndKeepsSpaces) {
+  const Shell shell("terminal");
+  Sealed(shell);
+  const std::string text =
+      shell.Run("mv sealed.wav ' a  b.wav '; corvo report --format text ' a  b.wav ' gone.wav")
+          .output;
+  EXPECT_THAT(text, HasSubstr("\nRecording \\x20a \\x20b.wav\\x20\n"));
+  EXPECT_THAT(text,
+              HasSubstr("  unreadable  This file could not be read. Nothing can be   gone.wav\n"
+                        "              said about it.\n"));
+  std::size_t widest = 0;
+  for (std::size_t at = 0, end = 0; (end = text.find('\n', at)) != std::string::npos;
+       at = end + 1) {
+    widest = std::max(widest, end - at);
+  }
+  EXPECT_LE(widest, 100u);
+}
+
 TEST(CorvoEvidence, IdentifiesTheFileAndTheProgram) {
   const Shell shell("identity");
   Sealed(shell);

@@ -41,6 +41,15 @@ void Describe(const RecordingFile& file, RecordingEvidence& evidence) {
   evidence.metadata = ItemsOf(evidence);
 }
 
+// What was found belongs to no single state of the file.
+RecordingEvidence VerdictAlone(const RecordingEvidence& evidence) {
+  RecordingEvidence bare;
+  bare.name = evidence.name;
+  bare.found.verdict = evidence.found.verdict;
+  bare.found.reason = evidence.found.reason;
+  return bare;
+}
+
 }  // namespace
 
 bool RecordingEvidence::StoresDigest() const {
@@ -74,7 +83,7 @@ RecordingEvidence GatherEvidence(const std::string& name, bool withWaveform) {
     found.reason = ErrorText(error);
   };
   Check(file, evidence.found, examine);
-  return evidence;
+  return evidence.IsConclusive() ? evidence : VerdictAlone(evidence);
 }
 
 ReportingTool DescribeTool() {

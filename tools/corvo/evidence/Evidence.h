@@ -27,6 +27,11 @@ struct RecordingEvidence {
   std::vector<Item> metadata;  // of sealed and other records alike; empty without one
   std::optional<Waveform> waveform;
 
+  // Whether anything can be said of it: it could be read, and stood still meanwhile.
+  bool IsConclusive() const {
+    return found.verdict != RecordingVerdict::kUnreadable &&
+           found.verdict != RecordingVerdict::kChanged;
+  }
   bool IsSealed() const { return found.hasRecord && found.record.dwSigned == 1; }
   bool StoresDigest() const;
   bool DigestsAgree() const;
@@ -49,8 +54,8 @@ struct EvidenceReport {
   std::vector<RecordingEvidence> recordings;
 };
 
-// Examines the file, reading it as often as that takes; a change meanwhile is noticed. What it
-// finds amiss is part of the evidence.
+// Examines the file, reading it as often as that takes; a change meanwhile is noticed, and leaves
+// nothing but the verdict. What it finds amiss is part of the evidence.
 RecordingEvidence GatherEvidence(const std::string& name, bool withWaveform);
 
 ReportingTool DescribeTool();

@@ -85,9 +85,11 @@ Json Recording(const RecordingEvidence& evidence) {
   object["sha256"] = TextOrNull(evidence.sha256);
   object["start_time"] = TextOrNull(evidence.startTime);
   AddDigests(object, found);
+  object["comparison"] = ValueOrNull(evidence.IsConclusive(), DigestStatement(evidence));
   AddAudio(object, found);
   object["fact_value"] = ValueOrNull(found.hasAudio, found.factValue);
   object["coverage"] = Coverage(evidence);
+  object["coverage_note"] = ValueOrNull(evidence.IsConclusive(), CoverageNote(evidence));
   object["metadata"] = Metadata(evidence);
   object["chunks"] = Chunks(found);
   object["more_chunks"] = found.moreChunks;

@@ -13,8 +13,7 @@ namespace {
 
 constexpr std::size_t kDigestGroup = 8;  // hex digits that an eye can compare at once
 
-std::string Grouped(const unsigned char* digest) {
-  std::string text = Hex(digest, kDigestSize);
+std::string Grouped(std::string text) {
   for (std::size_t at = kDigestGroup; at < text.size(); at += kDigestGroup + 1) {
     text.insert(at, " ");
   }
@@ -26,13 +25,12 @@ std::string Bytes(LONGLONG count) {
 }
 
 Facts Identity(const RecordingEvidence& evidence) {
-  Facts facts{{{"Name", Visible(evidence.name)}}};
+  Facts facts{{{"Name", VisibleOnPage(evidence.name)}}};
   if (evidence.modified.empty()) return facts;
-  facts.rows.insert(facts.rows.end(),
-                    {{"Size", Bytes(evidence.found.fileSize)},
-                     {"Modification time in the file system", evidence.modified},
-                     {"Status change time in the file system", evidence.statusChanged},
-                     {"SHA-256 of the file", evidence.sha256}});
+  facts.rows.insert(facts.rows.end(), {{"Size", Bytes(evidence.found.fileSize)},
+                                       {"Modification time (file system)", evidence.modified},
+                                       {"Status change (file system)", evidence.statusChanged},
+                                       {"SHA-256 of the file", evidence.sha256}});
   if (!evidence.startTime.empty()) {
     facts.rows.emplace_back("Start time (not covered)", evidence.startTime);
   }
@@ -43,9 +41,10 @@ std::vector<Block> DigestBlocks(const RecordingEvidence& evidence) {
   const RecordingExamination& found = evidence.found;
   const std::string statement = DigestStatement(evidence);
   if (!evidence.StoresDigest()) return {Paragraph{statement}};
-  Facts facts{{{"Stored in the recording", Grouped(found.record.bySignature)}}};
+  Facts facts{{{"Stored in the recording", Grouped(Hex(found.record.bySignature, kDigestSize))}}};
   if (found.hasDigest) {
-    facts.rows.emplace_back("Computed from it now", Grouped(found.computedDigest));
+    facts.rows.emplace_back("Computed from it now",
+                            Grouped(Hex(found.computedDigest, kDigestSize)));
   }
   facts.rows.emplace_back(found.hasDigest ? "Comparison" : "Computed from it now", statement);
   return {facts};
@@ -96,8 +95,8 @@ Table Coverage(const std::vector<CoveredRange>& ranges) {
 Table Metadata(const std::vector<Item>& items) {
   Table table{{"No.", "Field", "Meaning", "Value"}, {}};
   for (const Item& item : items) {
-    table.rows.push_back(
-        {std::to_string(table.rows.size() + 1), item.name, ItemLabel(item), Visible(item.value)});
+    table.rows.push_back({std::to_string(table.rows.size() + 1), item.name, ItemLabel(item),
+                          VisibleOnPage(item.value)});
   }
   return table;
 }
@@ -137,10 +136,6 @@ void AddFindings(const RecordingEvidence& evidence, Part& part) {
   part.sections.push_back({"Fingerprint of the seal (SHA-1)", DigestBlocks(evidence)});
 }
 
-bool HasFindings(RecordingVerdict verdict) {
-  return verdict != RecordingVerdict::kUnreadable && verdict != RecordingVerdict::kChanged;
-}
-
 void AddWarning(const RecordingEvidence& evidence, Part& part) {
   const std::string warning = Warning(evidence);
   if (!warning.empty()) part.lead.push_back(Paragraph{warning, Paragraph::kBad});
@@ -149,7 +144,7 @@ void AddWarning(const RecordingEvidence& evidence, Part& part) {
 Part RecordingPart(const RecordingEvidence& evidence, bool waveformAsked) {
   const RecordingExamination& found = evidence.found;
   const bool good = found.verdict == RecordingVerdict::kOk;
-  Part part{"Recording " + Visible(evidence.name), {}, {}};
+  Part part{"Recording " + VisibleOnPage(evidence.name), {}, {}};
   part.lead.push_back(Paragraph{PlainVerdict(evidence), good ? Paragraph::kGood : Paragraph::kBad});
   AddWarning(evidence, part);
   std::string verdict = std::string("Verdict: ") + VerdictWord(found.verdict);
@@ -160,7 +155,7 @@ Part RecordingPart(const RecordingEvidence& evidence, bool waveformAsked) {
         "Outside what the seal covers, this file is not as sealing writes it: see \"Where it "
         "is not as sealing writes it\" below."});
   }
-  if (!HasFindings(found.verdict)) return part;
+  if (!evidence.IsConclusive()) return part;
   AddFindings(evidence, part);
   part.sections.push_back(CoverageSection(evidence));
   if (found.hasAudio) part.sections.push_back(SoundSection(evidence, waveformAsked));
@@ -183,7 +178,7 @@ std::vector<Block> ToolBlocks(const ReportingTool& tool) {
   Table answers{{"Method", "Message", "Result", "Computed"}, {}};
   for (const KnownAnswer& answer : tool.selfTest) {
     answers.rows.push_back({answer.algorithm, answer.message,
-                            answer.Passed() ? "as published" : "WRONG", answer.computed});
+                            answer.Passed() ? "as published" : "WRONG", Grouped(answer.computed)});
   }
   return {
       Facts{{{"Program", "corvo " + tool.version},
@@ -213,7 +208,7 @@ Table Overview(const std::vector<RecordingEvidence>& recordings) {
     const std::string warning = Warning(evidence);
     table.rows.push_back({VerdictWord(evidence.found.verdict),
                           PlainVerdict(evidence) + (warning.empty() ? "" : ' ' + warning),
-                          Visible(evidence.name)});
+                          VisibleOnPage(evidence.name)});
   }
   return table;
 }
@@ -238,9 +233,9 @@ Page ReportPage(const EvidenceReport& report) {
 
 Page InspectionPage(const RecordingEvidence& evidence) {
   const RecordingExamination& found = evidence.found;
-  Part part{Visible(evidence.name) + ": " + VerdictWord(found.verdict), {}, {}};
+  Part part{VisibleOnPage(evidence.name) + ": " + VerdictWord(found.verdict), {}, {}};
   if (!found.reason.empty()) part.title += " (" + Visible(found.reason) + ")";
-  if (HasFindings(found.verdict)) {
+  if (evidence.IsConclusive()) {
     AddWarning(evidence, part);
     AddFindings(evidence, part);
     AddStructure(found, part);

@@ -9,6 +9,8 @@ namespace {
 
 constexpr std::size_t kWidth = 96;
 constexpr std::size_t kWidestLabel = 40;
+constexpr std::size_t kWidestColumn = 44;  // but the last, which takes what is left
+constexpr std::size_t kNarrowestLast = 20;
 
 // In characters, one for each start of a UTF-8 sequence.
 std::size_t Width(const std::string& text) {
@@ -22,25 +24,32 @@ std::string Padded(const std::string& text, std::size_t width) {
   return own < width ? text + std::string(width - own, ' ') : text;
 }
 
-// Breaks at spaces; what has none stays whole. The first line starts behind what stands already.
-std::string Wrapped(const std::string& text, std::size_t indent) {
-  std::string lines;
-  std::size_t column = indent;
+// Breaks at spaces; what has none stays whole.
+std::vector<std::string> Lines(const std::string& text, std::size_t width) {
+  std::vector<std::string> lines(1);
   for (std::size_t at = 0; at <= text.size();) {
     const std::size_t end = std::min(text.find(' ', at), text.size());
     const std::string word = text.substr(at, end - at);
-    if (column > indent && column + 1 + Width(word) > kWidth) {
-      lines += '\n' + std::string(indent, ' ');
-      column = indent;
-    } else if (column > indent) {
-      lines += ' ';
-      ++column;
+    if (lines.back().empty()) {
+      lines.back() = word;
+    } else if (Width(lines.back()) + 1 + Width(word) > width) {
+      lines.push_back(word);
+    } else {
+      lines.back() += ' ' + word;
     }
-    lines += word;
-    column += Width(word);
     at = end + 1;
   }
   return lines;
+}
+
+// The first line starts behind what stands already.
+std::string Wrapped(const std::string& text, std::size_t indent) {
+  std::string wrapped;
+  for (const std::string& line : Lines(text, kWidth - indent)) {
+    if (!wrapped.empty()) wrapped += '\n' + std::string(indent, ' ');
+    wrapped += line;
+  }
+  return wrapped;
 }
 
 std::string WithoutTrailingSpace(std::string line) {
@@ -71,8 +80,14 @@ struct Writer {
     for (const auto& row : table.rows) {
       for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Width(row[i]));
     }
-    std::string lines = Line(table.head, widths);
-    for (const auto& row : table.rows) lines += Line(row, widths);
+    std::size_t left = kWidth;
+    for (std::size_t i = 0; i + 1 < widths.size(); ++i) {
+      widths[i] = std::min(widths[i], kWidestColumn);
+      left -= std::min(left, widths[i] + 2);
+    }
+    widths.back() = std::max(left, kNarrowestLast + 2) - 2;
+    std::string lines = Row(table.head, widths);
+    for (const auto& row : table.rows) lines += Row(row, widths);
     return lines;
   }
 
@@ -83,11 +98,24 @@ struct Writer {
   }
 
  private:
-  static std::string Line(const std::vector<std::string>& cells,
-                          const std::vector<std::size_t>& widths) {
-    std::string line;
-    for (std::size_t i = 0; i < cells.size(); ++i) line += "  " + Padded(cells[i], widths[i]);
-    return WithoutTrailingSpace(line);
+  static std::string Row(const std::vector<std::string>& cells,
+                         const std::vector<std::size_t>& widths) {
+    std::vector<std::vector<std::string>> columns;
+    std::size_t height = 1;
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+      columns.push_back(Lines(cells[i], widths[i]));
+      height = std::max(height, columns.back().size());
+    }
+    std::string text;
+    for (std::size_t at = 0; at < height; ++at) {
+      std::string line;
+      for (std::size_t i = 0; i < columns.size(); ++i) {
+        const std::vector<std::string>& column = columns[i];
+        line += "  " + Padded(at < column.size() ? column[at] : std::string(), widths[i]);
+      }
+      text += WithoutTrailingSpace(line);
+    }
+    return text;
   }
 };
 

@@ -43,4 +43,15 @@ std::string Visible(const std::string& bytes) {
   return text;
 }
 
+std::string VisibleOnPage(const std::string& bytes) {
+  const std::string visible = Visible(bytes);
+  std::string text;
+  for (std::size_t at = 0; at < visible.size(); ++at) {
+    const bool atEnd = at == 0 || at + 1 == visible.size();
+    const bool dropped = visible[at] == ' ' && (atEnd || visible[at - 1] == ' ');
+    text += dropped ? EscapedByte(' ') : std::string(1, visible[at]);
+  }
+  return text;
+}
+
 }  // namespace corvo

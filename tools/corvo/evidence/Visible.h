@@ -9,6 +9,9 @@ namespace corvo {
 // text around it or isn't UTF-8 becomes "\x0a", byte by byte, and a backslash "\\".
 std::string Visible(const std::string& bytes);
 
+// The same for pages, which drop spaces at either end or behind another: those become "\x20".
+std::string VisibleOnPage(const std::string& bytes);
+
 }  // namespace corvo
 
 #endif

@@ -136,10 +136,12 @@ std::string DigestStatement(const RecordingEvidence& evidence) {
     return "The record that the parts of the file lead to holds no fingerprint.";
   }
   if (found.hasDigest) return evidence.DigestsAgree() ? "equal" : "DIFFERENT";
-  if (!found.hasAudio) return "not computed: the parts of the file lead to no audio of this system";
-  if (found.missingAudio == 0) return "not computed: the file is longer than any sealed recording";
-  return "not computed: the file lacks " + std::to_string(found.missingAudio) + " of its " +
-         std::to_string(found.audioSize) + " bytes of audio";
+  if (!found.hasAudio)
+    return "not computed for the verdict: the parts of the file lead to no audio of this system";
+  if (found.missingAudio == 0)
+    return "not computed for the verdict: the file is longer than any sealed recording";
+  return "not computed for the verdict: the file lacks " + std::to_string(found.missingAudio) +
+         " of its " + std::to_string(found.audioSize) + " bytes of audio";
 }
 
 std::string CoverageTitle(const RecordingEvidence& evidence) {
