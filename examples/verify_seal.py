@@ -148,8 +148,12 @@ def verify(name):
 def shown(name):
     text = os.fsencode(name).decode("utf-8", "surrogateescape")  # odd bytes: U+DC80 to U+DCFF
     known = {"\\": "\\\\", "\n": "\\n", "\r": "\\r"}
-    escaped = re.sub("[\\\\\x00-\x1f\x7f\udc80-\udcff]",
-                     lambda c: known.get(c[0]) or f"\\x{ord(c[0]) & 0xFF:02x}", text)
+
+    def escape(character):
+        data = character[0].encode("utf-8", "surrogateescape")
+        return known.get(character[0]) or "".join(f"\\x{byte:02x}" for byte in data)
+
+    escaped = re.sub("[\\\\\x00-\x1f\x7f-\x9f\udc80-\udcff]", escape, text)
     return text if escaped == text else "\\" + escaped
 
 

@@ -55,11 +55,13 @@ TEST(CorvoEvidence, ExplainsWhatBecameOfARecording) {
       "them; the chunks lead to ";
   const std::string record = "a record of 3090 bytes at offset 52";
   const std::string audio = "4632 bytes of audio at offset 3170";
-  const std::string few = "tried without success: a stored digest of which few bytes are damaged; ";
-  const std::string tried = few + "as length of the audio 4631; as fact value 0, 4632";
+  const std::string tried =
+      "tried without success: a stored digest of which few bytes are damaged; as length of the "
+      "audio 4631; as fact value 0, 4632";
+  const std::string cut =
+      "the file holds 802 bytes of audio fewer than it declares: 4632 are declared, 3830 are there";
   const std::string nothing =
       "no stored digest was found, neither by the chunks nor where sealing puts it";
-  const std::string forgedRecord = "ALCH" + Le32(3090) + std::string(3090, 'f');
   const std::string appended = With(sealed, 3166, Le32(4635)) + "xyz";
   const struct {
     const char* name;
@@ -88,18 +90,12 @@ TEST(CorvoEvidence, ExplainsWhatBecameOfARecording) {
       {"SizeRaised", With(sealed, 3166, Le32(5000)), "malformed", "audio-size-raised",
        "digest matches over the first 4632 bytes of the audio: its declared size is 368 bytes too "
        "large"},
-      {"Cut", sealed.substr(0, 7000), "malformed", "audio-short",
-       "the file holds 802 bytes of audio fewer than it declares: 4632 are declared, 3830 are "
-       "there"},
+      {"Cut", sealed.substr(0, 7000), "malformed", "audio-short", cut},
       {"CutAndUnsealed", With(sealed, 298, std::string(1, '\0')).substr(0, 7000), "unsealed",
-       "audio-short",
-       "the file holds 802 bytes of audio fewer than it declares: 4632 are declared, 3830 are "
-       "there"},
+       "audio-short", cut},
       {"FactValue", With(sealed, 3158, Le32(1)), "broken", "fact-changed",
        "digest matches once the fact value at offset 3158 is 18528 instead of 1"},
       {"FormatTag", With(sealed, 36, "\1"), "malformed", "header-changed",
-       layout + record + " and no audio"},
-      {"Stereo", With(sealed, 38, "\2"), "malformed", "header-changed",
        layout + record + " and no audio"},
       {"NoRiff", With(sealed, 0, "RIFX"), "malformed", "header-changed",
        layout + "no record and no audio"},
@@ -109,13 +105,10 @@ TEST(CorvoEvidence, ExplainsWhatBecameOfARecording) {
        "header-changed", layout + record + " and no audio"},
       {"OtherAudio", With(sealed, 3162, "DATA") + "data" + Le32(3) + "xyz", "broken",
        "header-changed", layout + record + " and 3 bytes of audio at offset 7810"},
-      {"OtherRecord", With(sealed, 52, "ALCX") + forgedRecord, "unsealed", "header-changed",
-       layout + "a record of 3090 bytes at offset 7802 and " + audio},
+      {"OtherRecord", With(sealed, 52, "ALCX") + sealed.substr(52, 8) + std::string(3090, 'f'),
+       "unsealed", "header-changed", layout + "a record of 3090 bytes at offset 7802 and " + audio},
       {"AudioChanged", With(sealed, 5000, "\1\2"), "broken", "unexplained", tried},
       {"DetailChanged", With(sealed, 400, "x"), "broken", "unexplained", tried},
-      {"FormatTagAndAudio", With(With(sealed, 36, "\1"), 5000, "\1\2"), "malformed", "unexplained",
-       "tried without success: record, fact value and audio where sealing puts them, with as "
-       "length 4632"},
       {"NoRecordAndAudio", With(With(sealed, 52, "ALCX"), 5000, "\1\2"), "malformed", "unexplained",
        "the chunks lead to no stored digest; tried without success: record, fact value and audio "
        "where sealing puts them, with as length 4632"},
@@ -135,7 +128,7 @@ TEST(CorvoEvidence, ExplainsWhatBecameOfARecording) {
   }
 }
 
-// Flips a bit of each byte, but of the audio only some.
+// Changes each byte in three ways, but of long parts only some.
 TEST(CorvoEvidence, TellsTheCoverageOfEveryByte) {
   const Shell shell("coverage");
   const std::string sealed = Sealed(shell);
@@ -148,16 +141,20 @@ TEST(CorvoEvidence, TellsTheCoverageOfEveryByte) {
     for (const json& range : found["coverage"]) {
       ASSERT_EQ(range["offset"], at);
       const std::size_t size = range["size"];
-      // What a part that sealing doesn't know says of itself decides where the next one is.
-      const bool known = range["what"].get<std::string>().find("doesn't know") == std::string::npos;
-      for (std::size_t i = known ? 0 : 8; i<size; i += size> 4000 ? 97 : size > 64 ? 13 : 1) {
-        std::string changed = whole;
-        changed[at + i] = static_cast<char>(changed[at + i] ^ 1);
-        WriteFile(shell.Path("y.wav"), changed);
-        RecordingExamination examined;
-        VerifyRecording().Examine(shell.Path("y.wav").c_str(), examined);
-        ASSERT_EQ(examined.verdict == RecordingVerdict::kOk, range["seal"] == "not covered")
-            << range << " byte " << i;
+      for (std::size_t i = 0; i<size; i += size> 4000 ? 797 : size > 24 ? 61 : 1) {
+        for (const int pattern : {0x01, 0x10, 0xFF}) {
+          std::string changed = whole;
+          changed[at + i] = static_cast<char>(changed[at + i] ^ pattern);
+          // A record declared 16 bytes shorter ends in zeros, which are read as empty chunks.
+          const bool leadsToTheSame =
+              pattern == 0x10 && at + i >= 4 && whole.compare(at + i - 4, 4, "ALCH") == 0;
+          WriteFile(shell.Path("y.wav"), changed);
+          RecordingExamination examined;
+          VerifyRecording().Examine(shell.Path("y.wav").c_str(), examined);
+          ASSERT_EQ(examined.verdict == RecordingVerdict::kOk,
+                    leadsToTheSame || range["seal"] == "not covered")
+              << range << " byte " << i << " pattern " << pattern;
+        }
       }
       at += size;
     }
@@ -234,19 +231,12 @@ TEST(CorvoEvidence, WarnsOfPartsThatTheSealDoesNotCover) {
 TEST(CorvoEvidence, FitsATerminalAndKeepsSpaces) {
   const Shell shell("terminal");
   Sealed(shell);
-  const std::string text =
-      shell.Run("mv sealed.wav ' a  b.wav '; corvo report --format text ' a  b.wav ' gone.wav")
-          .output;
-  EXPECT_THAT(text, HasSubstr("\nRecording \\x20a \\x20b.wav\\x20\n"));
-  EXPECT_THAT(text,
-              HasSubstr("  unreadable  This file could not be read. Nothing can be   gone.wav\n"
-                        "              said about it.\n"));
-  std::size_t widest = 0;
-  for (std::size_t at = 0, end = 0; (end = text.find('\n', at)) != std::string::npos;
-       at = end + 1) {
-    widest = std::max(widest, end - at);
-  }
-  EXPECT_LE(widest, 100u);
+  EXPECT_EQ(shell
+                .Run("mv sealed.wav ' a  b '; corvo report --format text ' a  b ' gone.wav |"
+                     " awk 'length > 100 || /^Rec/ || /^  unr/'")
+                .output,
+            "  unreadable  This file could not be read. Nothing can be   gone.wav\n"
+            "Recording \\x20a \\x20b\\x20\nRecording gone.wav\n");
 }
 
 TEST(CorvoEvidence, IdentifiesTheFileAndTheProgram) {

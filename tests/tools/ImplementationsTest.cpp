@@ -83,6 +83,8 @@ class Corpus {
     }
     Add(m_sealed + "behind");
     Add("");
+    WriteFile(m_shell.Path("corpus/n\u00e9\u0085\xff.wav"), m_sealed);
+    ++m_count;
   }
 
   const Shell& m_shell;

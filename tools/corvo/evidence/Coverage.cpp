@@ -52,7 +52,7 @@ class Map {
         Add(m_found.audioSize, Protection::kCovered, "audio");
         return AddRest("behind the audio");
       case DigestInput::kNothing:
-        return AddRest((name + ", a part that sealing doesn't know").c_str());
+        return AddUnknown(chunk, name);
     }
   }
 
@@ -88,6 +88,14 @@ class Map {
     Add(4 + LONGLONG{kDigestSize}, Protection::kSeal, "mark \"sealed\" and digest");
     Add(kItem10 - kFlag - 4 - LONGLONG{kDigestSize}, Protection::kOpen, "behind the digest");
     Add(LONGLONG{sizeof(NA_INFO)} - kItem10, Protection::kCovered, "details, second part");
+  }
+
+  // Only its size leads on, to whatever is still looked for behind it.
+  void AddUnknown(const RecordingChunk& chunk, const std::string& name) {
+    const bool leadsOn = chunk.offset < std::max(m_found.recordOffset, m_found.audioOffset);
+    Add(4, Protection::kOpen, name + " marking");
+    Add(4, leadsOn ? Protection::kFixed : Protection::kOpen, "size of " + name);
+    AddRest((name + ", a part that sealing doesn't know").c_str());
   }
 
   void AddFact(const RecordingChunk& chunk, const std::string& name) {

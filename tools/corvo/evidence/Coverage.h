@@ -10,7 +10,8 @@ namespace corvo {
 
 enum class Protection {
   kCovered,  // any change breaks the seal
-  kFixed,    // leads the reading: with another value the recording isn't found
+  kFixed,    // leads the reading: another value breaks the seal too, or the recording isn't found,
+             // unless it leads to the same bytes
   kSeal,     // the flag and the digest themselves
   kOpen,     // may change without breaking the seal
 };

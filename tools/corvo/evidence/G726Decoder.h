@@ -5,8 +5,9 @@
 
 namespace corvo {
 
-// Decodes 16 kbit/s ADPCM as ITU-T Recommendation G.726 specifies it, bit-exactly. One object for
-// one stream, from its start. The members and steps carry the names of the Recommendation.
+// Decodes 16 kbit/s ADPCM in the fixed-point arithmetic of ITU-T Recommendation G.726, whose test
+// sequences it has not been held against. One object for one stream, from its start. The members
+// and steps carry the names of the Recommendation.
 class G726Decoder {
  public:
   // The next sample, linear with 16 bits, of a 2-bit code.
