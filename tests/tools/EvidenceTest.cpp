@@ -278,6 +278,10 @@ TEST(CorvoEvidence, WritesAReportWhereItIsTold) {
        " corvo report --codec g726 --format $f rec/sealed.wav >$f$i; done; cmp ${f}1 ${f}2 &&"
        " grep -c 1970-01-01T23:59:59Z ${f}1; done",
        0, "1\n1\n1\n"},
+      {"grep -c 'SOURCE_DATE_EPOCH' html1 text1 && grep -c '\"time_given\": *true' json1", 0,
+       "html1:1\ntext1:1\n1\n"},
+      {"SOURCE_DATE_EPOCH=9x corvo report rec/sealed.wav", 2,
+       "corvo: SOURCE_DATE_EPOCH is no count of seconds since 1970\n"},
       {"corvo report --codec gsm rec/sealed.wav 2>/dev/null", 2, ""},
       {"corvo report rec/sealed.wav $SAMPLES/now-recording.wav >/dev/null", 1, ""},
       {"corvo report rec/sealed.wav gone.wav $SAMPLES/now-recording.wav >/dev/null", 2, ""},

@@ -6,15 +6,28 @@
 
 #include <time.h>
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 
+#include "tools/corvo/InputError.h"
 #include "tools/corvo/Times.h"
 
 namespace corvo {
 namespace {
 
 constexpr long long kSecondsFrom1601To1970 = 11'644'473'600;
+constexpr long long kLastSecond = 253'402'300'799;  // of the year 9999
+
+long long GivenSeconds(const std::string& text) {
+  long long seconds = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+  const bool isWhole = error == std::errc() && end == text.data() + text.size();
+  if (!isWhole || seconds < 0 || seconds > kLastSecond) {
+    throw InputError("SOURCE_DATE_EPOCH is no count of seconds since 1970");
+  }
+  return seconds;
+}
 
 }  // namespace
 
@@ -35,10 +48,10 @@ std::string UtcTextOfTicks(long long ticks) {
   return UtcCalendar(ticks / kTicksPerSecond - kSecondsFrom1601To1970) + decimals;
 }
 
-std::string ReportTime() {
+ReportTime TimeOfReport() {
   const char* const epoch = std::getenv("SOURCE_DATE_EPOCH");
-  const bool isSet = epoch != nullptr && *epoch != '\0';
-  return UtcCalendar(isSet ? std::strtoll(epoch, nullptr, 10) : ::time(nullptr)) + "Z";
+  const bool isGiven = epoch != nullptr && *epoch != '\0';
+  return {UtcCalendar(isGiven ? GivenSeconds(epoch) : ::time(nullptr)) + "Z", isGiven};
 }
 
 }  // namespace corvo

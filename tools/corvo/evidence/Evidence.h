@@ -7,6 +7,7 @@
 
 #include "engine/Examination.h"
 #include "tools/corvo/Metadata.h"
+#include "tools/corvo/UtcTime.h"
 #include "tools/corvo/evidence/Coverage.h"
 #include "tools/corvo/evidence/Explain.h"
 #include "tools/corvo/evidence/SelfTest.h"
@@ -48,7 +49,7 @@ struct ReportingTool {
 };
 
 struct EvidenceReport {
-  std::string time;  // UTC
+  ReportTime time;
   ReportingTool tool;
   bool waveformAsked = false;
   std::vector<RecordingEvidence> recordings;

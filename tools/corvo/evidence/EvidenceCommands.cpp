@@ -76,7 +76,7 @@ Outcome WriteReport(const EvidencePlan& plan) {
   const bool toFile = plan.output != "-";
   const std::string target = toFile ? NewFile(plan.output, plan.force) : std::string();
   if (toFile) RefuseRecording(plan);
-  EvidenceReport report{ReportTime(), DescribeTool(), plan.codec == "g726", {}};
+  EvidenceReport report{TimeOfReport(), DescribeTool(), plan.codec == "g726", {}};
   Outcome worst = report.tool.Passed() ? Outcome::kFine : Outcome::kBadInput;
   for (const std::string& file : plan.files) {
     report.recordings.push_back(GatherEvidence(file, report.waveformAsked));

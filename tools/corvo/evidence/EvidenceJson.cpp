@@ -120,7 +120,8 @@ std::string ReportJson(const EvidenceReport& report) {
   for (const RecordingEvidence& evidence : report.recordings) {
     recordings.push_back(Recording(evidence));
   }
-  const Json object = {{"time", report.time},
+  const Json object = {{"time", report.time.text},
+                       {"time_given", report.time.isGiven},
                        {"tool", Tool(report.tool)},
                        {"recordings", recordings},
                        {"waveform", WaveformNote(report.waveformAsked)},

@@ -218,7 +218,9 @@ Table Overview(const std::vector<RecordingEvidence>& recordings) {
 Page ReportPage(const EvidenceReport& report) {
   Page page{"Report on the seal of recordings", {}, {}};
   page.lead.push_back(
-      Paragraph{"Written at " + report.time + " (UTC) by corvo " + report.tool.version + "."});
+      Paragraph{"Written at " + report.time.text +
+                (report.time.isGiven ? " (UTC, a time given by SOURCE_DATE_EPOCH)" : " (UTC)") +
+                " by corvo " + report.tool.version + "."});
   if (!report.tool.Passed()) {
     page.lead.push_back(Paragraph{"The program's self-test failed: nothing here may be relied on.",
                                   Paragraph::kBad});
