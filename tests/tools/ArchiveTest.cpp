@@ -453,6 +453,33 @@ TEST_F(BigArchive, GoesOnWhereItWasInterrupted) {
   EXPECT_EQ(m_shell.Run("corvo verify --strict --resume journal archive").exitCode, 2);
 }
 
+TEST_F(SmallArchive, IsVerifiedWhereNothingMayBeWritten) {
+  const std::string readOnly =
+      "unshare -m sh -c 'mount --bind in in && mount -o remount,bind,ro in && ! touch in/new && ";
+  if (m_shell.Run(readOnly + "true'").exitCode != 0) GTEST_SKIP() << "nothing can be mounted here";
+  const std::string here = m_shell.Run("corvo verify in; corvo inspect in/*").output;
+  EXPECT_THAT(here, HasSubstr("4 inputs: 1 ok"));
+  const Ran there =
+      m_shell.Run(readOnly + "$0 verify in; $0 inspect in/*' \"$EMULATOR " CORVO_COMMAND "\"");
+  EXPECT_EQ(there.output.substr(there.output.find('\n') + 1), here);  // after what touch says
+}
+
+// Root's right to read everything is given up.
+TEST_F(SmallArchive, TellsOfADirectoryThatMayNotBeRead) {
+  const std::string verify =
+      "chmod 0 closed; $(test $(id -u) != 0 ||"
+      " echo setpriv --bounding-set=-dac_override,-dac_read_search)"
+      " $EMULATOR '" CORVO_COMMAND
+      "' verify closed in/a.wav; code=$?; chmod 700 closed; exit $code";
+  m_shell.Run("mkdir closed && cp in/a.wav closed");
+  const Ran ran = m_shell.Run(verify);
+  EXPECT_EQ(ran.exitCode, 2);
+  EXPECT_EQ(ran.output,
+            "closed/: FAILED (unreadable: the directory can't be read: Permission denied)\n"
+            "in/a.wav: OK\n"
+            "2 inputs: 1 ok, 0 broken, 0 unsealed, 0 malformed, 1 unreadable, 0 changed\n");
+}
+
 TEST(CorvoArchive, LeavesNoTraceInTheArchive) {
   const Shell shell("trace");
   MakeDirectory(shell.Path("in/deep"));

@@ -41,7 +41,7 @@ void AddTravelOptions(CLI::App& command, SettingsPlan& plan) {
       ->required()
       ->type_name("FILE");
   command.add_option("--group", plan.group, "What travels. By default the settings")
-      ->check(CLI::IsMember({"settings", "variables", "mappings"}))
+      ->check(CLI::IsMember({"settings", "variables", "mappings"}).description(""))
       ->type_name("settings|variables|mappings");
   command.add_flag("--all", plan.all,
                    "Also what belongs to one machine: directories,\naddresses, ports");

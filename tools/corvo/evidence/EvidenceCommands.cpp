@@ -115,12 +115,12 @@ void AddEvidence(CLI::App& app, std::function<Outcome()>& run) {
                   "File to make. By default, and for \"-\", the report\ngoes to the output")
       ->type_name("FILE");
   report.add_option("--format", plan->format, "By default html")
-      ->check(CLI::IsMember({"html", "json", "text"}))
+      ->check(CLI::IsMember({"html", "json", "text"}).description(""))
       ->type_name("html|json|text");
   report
       .add_option("--codec", plan->codec,
                   "State that the audio is G.726, to have it drawn. The file\ncan't tell")
-      ->check(CLI::IsMember({"g726"}))
+      ->check(CLI::IsMember({"g726"}).description(""))
       ->type_name("g726");
   report.add_flag("--force", plan->force, "Replace an existing file");
 }
