@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <memory>
 
+#include "LarkspurCommon/FileMark.h"
 #include "LarkspurCommon/tstring.h"
 #include "platform/Export.h"
 #include "platform/InterfaceCheck.h"
@@ -124,6 +125,10 @@ class CORVO_API TFileHandler {
   // file's makes the first call true. `lastWriteTime` is a mark to compare with, in whole seconds:
   // where FileSeconds is too narrow it holds the time's low bits.
   static bool HasFileChanged(const char* path, bool& exists, FileSeconds& lastWriteTime);
+
+  // The mark of the open file, and of what a path names now. On failure `mark` is untouched.
+  bool GetMark(FileMark& mark);
+  static bool GetMark(const char* path, FileMark& mark);
 
   // A hidden file's name begins with a dot. False when the file couldn't be renamed (an existing
   // file is never replaced); true also when there was nothing to do or no such file. The owner of a

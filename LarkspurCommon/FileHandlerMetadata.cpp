@@ -25,6 +25,8 @@ constexpr char kSetLastWrite[] =
     "static bool TFileHandler::SetLastWriteTime(const TCHAR*, SYSTEMTIME&)";
 constexpr char kHasChanged[] =
     "static bool TFileHandler::HasFileChanged(const TCHAR*, bool&, time_t&)";
+constexpr char kGetMark[] = "bool TFileHandler::GetMark(FileMark&)";
+constexpr char kGetMarkByName[] = "static bool TFileHandler::GetMark(const TCHAR*, FileMark&)";
 constexpr char kMakeHidden[] = "static bool TFileHandler::MakeHidden(const TCHAR*)";
 constexpr char kMakeVisible[] = "static bool TFileHandler::MakeVisible(const TCHAR*)";
 
@@ -176,6 +178,25 @@ bool TFileHandler::HasFileChanged(const char* path, bool& exists, FileSeconds& l
     struct statx status;
     return file.ReadStatus(kHasChanged, "retrieving file times for", status) &&
            Update(lastWriteTime, static_cast<FileSeconds>(status.stx_mtime.tv_sec));
+  });
+}
+
+bool TFileHandler::GetMark(FileMark& mark) {
+  return AtBoundary(kGetMark, __LINE__, false, [&] {
+    struct statx status;
+    if (!GetIsOpen()) return false;
+    if (!GetStatus(m_descriptor, status)) return Fail(kGetMark, errno, kObtainingStatus);
+    mark = MarkOf(status);
+    return true;
+  });
+}
+
+bool TFileHandler::GetMark(const char* path, FileMark& mark) {
+  return AtBoundary(kGetMarkByName, __LINE__, false, [&] {
+    struct statx status;
+    if (!NamedFile(path).ReadStatus(kGetMarkByName, kObtainingStatus, status)) return false;
+    mark = MarkOf(status);
+    return true;
   });
 }
 

@@ -45,8 +45,8 @@ bool VerifyRecording::VerifySignature(const char* pszFileName) {
              kVerifySignature.signature, pszFileName);
       return;
     }
-    if (!copy.recording.Open(pszFileName, OFM_READ, NLM_BINARY, false, false)) {
-      TraceError(kVerifySignature, copy.recording.DisplayLastError());
+    if (!copy.OpenRecording(pszFileName)) {
+      TraceError(kVerifySignature, copy.error.c_str());
       return;
     }
     if (!GetNAInfo(&copy.record, copy.recording, nullptr)) {
