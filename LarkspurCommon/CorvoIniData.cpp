@@ -198,17 +198,14 @@ bool CorvoIniData::ReadEntries(Entries& entries, bool& repeated) {
   return !file.FailedSinceOpen();
 }
 
-// A thread that is cancelled finishes first: half a file would be all that is left of the settings.
 void CorvoIniData::SaveIniData() {
   if (m_busy || m_unread) return;
-  const HoldCancellation hold;
   AtBoundary({kSource, kSave, __LINE__}, [&] {
     const FlagScope busy(m_busy);
     tstring text;
     for (const auto& [key, value] : m_data) text.append(key).append("=").append(value).append("\n");
     TFileHandler file;
-    if (!file.Open(m_fileName, OFM_WRITE, NLM_TEXT, true, false)) return;
-    if (!text.empty()) file.Write(text.c_str(), static_cast<DWORD>(text.size()));
+    if (file.Open(m_fileName, OFM_WRITE, NLM_TEXT, false, false)) file.ReplaceText(text.c_str());
   });
 }
 

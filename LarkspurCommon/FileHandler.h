@@ -68,6 +68,12 @@ class CORVO_API TFileHandler {
   bool Write(const void* buffer, DWORD length);
   void WriteFormatString(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
+  // Makes `text`, with each "\n" as CR LF, what the file holds, in place, by as few writes as the
+  // system allows: at every instant the file has the lines of the old text or of the new one, apart
+  // from empty lines at its end. False when it may have the old lines still, or such empty lines.
+  // For a regular file that is open for writing without truncation; its position stays.
+  bool ReplaceText(const char* text);
+
   // Origin 0: the start; 1: the descriptor's position, which is ahead of the reader's while the
   // cache holds unread bytes; 2: the end. Flushes to disk first. A failed move from the start or
   // the end opens the path again as Open did, a missing file or directory made where that made it,

@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "LarkspurCommon/FlagScope.h"
+#include "LarkspurCommon/InPlaceText.h"
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugState.h"
 #include "LarkspurCommon/tstring.h"
@@ -94,14 +95,29 @@ void LoadEntries() {
   bIniFileLoaded = true;
 }
 
+std::string AllLines() {
+  std::string lines;
+  for (const auto& [key, value] : *piniData) lines.append(key).append("=").append(value) += '\n';
+  return lines;
+}
+
+// What the file holds is written over, and cut only then.
+bool Replace(std::FILE* file, std::string lines) {
+  struct statx status;
+  const int descriptor = ::fileno(file);
+  if (::statx(descriptor, "", AT_EMPTY_PATH, STATX_SIZE, &status) != 0) return false;
+  const std::size_t size = lines.size();
+  PadWithLineEnds(lines, static_cast<std::size_t>(status.stx_size));
+  return std::fwrite(lines.data(), 1, lines.size(), file) == lines.size() &&
+         std::fflush(file) == 0 &&
+         (lines.size() == size || ::ftruncate(descriptor, static_cast<off_t>(size)) == 0);
+}
+
 bool WriteLines() {
-  File file = OpenIniFile("w");
+  File file = OpenIniFile(bIniFileExists ? "r+" : "w");
   if (file == nullptr || piniData == nullptr) return false;
-  for (const auto& [key, value] : *piniData) {
-    std::fprintf(file.get(), "%s=%s\n", key.c_str(), value.c_str());
-  }
-  const bool written = std::ferror(file.get()) == 0;
-  return std::fclose(file.release()) == 0 && written;
+  const bool replaced = Replace(file.get(), AllLines());
+  return std::fclose(file.release()) == 0 && replaced;
 }
 
 }  // namespace
