@@ -48,7 +48,7 @@ class CORVO_API TFileHandler {
   // that a null or empty `path` leaves it as it was.
   bool Open(const char* path, OpenFileMode mode, NewLine_Mode newLine, bool truncate,
             bool createDirectory);
-  // Opens a new name in the configured temporary directory; GetPathname tells which.
+  // Creates a file with a new name in the configured temporary directory; GetPathname tells which.
   bool OpenTempFile(OpenFileMode mode, NewLine_Mode newLine, bool truncate, const char* prefix,
                     const char* extension);
   void Close();  // path, cache and last error stay
@@ -167,10 +167,12 @@ class CORVO_API TFileHandler {
   CORVO_LOCAL bool FailData(const char* label, int error, const char* doing);
   CORVO_LOCAL void DescribeError(int error, const char* doing, const char* path);
 
+  CORVO_LOCAL bool OpenAs(const char* path, OpenFileMode mode, NewLine_Mode newLine, bool truncate,
+                          bool createDirectory, bool mustBeNew);
   CORVO_LOCAL bool ResolvePath(const char* path, tstring& resolved);
-  CORVO_LOCAL bool OpenResolved(const tstring& path, bool truncate);
+  CORVO_LOCAL bool OpenResolved(const tstring& path, bool truncate, bool mustBeNew = false);
   CORVO_LOCAL bool Reopen();
-  CORVO_LOCAL bool OpenDescriptor(const tstring& path, bool truncate);
+  CORVO_LOCAL bool OpenDescriptor(const tstring& path, bool truncate, bool mustBeNew);
   CORVO_LOCAL bool RefuseOpening();
   CORVO_LOCAL bool FailOpening(int error, const tstring& path);
 
