@@ -111,8 +111,7 @@ TEST_F(CrashLoopTest, SettingsAreOldOrNew) {
   for (const SettingsChange& change : kSettingsChanges) {
     SCOPED_TRACE(change.name);
     ForEachDeath(counts, [&](int nth, Death death) {
-      RemoveTree(path);
-      if (!change.before.empty()) WriteFile(path, change.before);
+      ReplaceByOlder(path, change.before);
       CorvoIniData store(path.c_str());
       if (death == Death::kWithin) return false;  // a death can't cut a write of so few bytes
       const bool died = Dies([&] {

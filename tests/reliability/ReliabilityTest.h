@@ -51,10 +51,13 @@ struct SettingsChange {
 
 inline const SettingsChange kSettingsChanges[] = {
     {"grows", "A=1\r\nB=2\r\nC=3\r\n", "b", "a longer value", "A=1\r\nB=a longer value\r\nC=3\r\n"},
-    {"shrinks", "A=1\r\nB=a longer value\r\nC=3\r\n", "b", "2", "A=1\r\nB=2\r\nC=3\r\n"},
+    {"shrinks", "A=1\r\nB=a=longer=value=than=that\r\nC=3\r\n", "b", "2", "A=1\r\nB=2\r\nC=3\r\n"},
     {"stays as long", "A=1\r\nB=2\r\nC=3\r\n", "b", "4", "A=1\r\nB=4\r\nC=3\r\n"},
     {"is new", "", "b", "2", "B=2\r\n"},
 };
+
+// Makes `bytes` a settings file that was written long ago; none where there are no bytes.
+void ReplaceByOlder(const std::string& path, const std::string& bytes);
 
 // The entries of a settings file as a store reads them.
 std::string Entries(const std::string& path);
