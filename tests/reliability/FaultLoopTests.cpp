@@ -18,10 +18,12 @@ namespace {
 constexpr struct {
   const char* name;
   Fate fate;
-} kFaults[] = {{"EIO", {EIO}},     {"ENOSPC", {ENOSPC}}, {"EACCES", {EACCES}},
-               {"EINTR", {EINTR}}, {"EMFILE", {EMFILE}}, {"short", {0, true}}};
+} kFaults[] = {
+    {"EIO", {EIO}},       {"ENOSPC", {ENOSPC}}, {"EACCES", {EACCES}},           {"EINTR", {EINTR}},
+    {"EMFILE", {EMFILE}}, {"short", {0, true}}, {"full disk", {0, false, true}}};
 
-// Strikes the `nth` call, from 1. Where recordings are replaced by a copy, no rename crosses over.
+// Strikes the `nth` call, from 1; a full disk stays full. Where recordings are replaced by a copy,
+// no rename crosses over.
 class OneFault : public FileCallObserver {
  public:
   OneFault(int nth, const Fate& fate, Replacement replacement = Replacement::kMove)
@@ -34,6 +36,7 @@ class OneFault : public FileCallObserver {
       m_struckRemoval = Removes(call);
       return m_fate;
     }
+    if (m_left < 0 && m_fate.isFull) return m_fate;
     return {m_replacement == Replacement::kCopy && crosses ? EXDEV : 0};
   }
 

@@ -12,6 +12,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <type_traits>
@@ -58,11 +59,45 @@ Result Failure() {
   }
 }
 
-// `real` gets the number of bytes to move.
+// The C library's own version. On i386 the names of what deals with positions end in 64.
+template <class Result, class... Args>
+Result Next(const char* name, Args... args) {
+  return reinterpret_cast<Result (*)(Args...)>(::dlsym(RTLD_NEXT, name))(args...);
+}
+
+bool Is(const FileCall& call, const char* name) {
+  return std::strcmp(call.name, name) == 0;
+}
+
+// The descriptor that room was taken for last, and up to where.
+thread_local int t_reservedFor = -1;
+thread_local off_t t_reserved = 0;
+
+// How much of what is written at `start` finds room on a full disk: what lies within the file, or
+// within what was reserved.
+size_t Room(int descriptor, off_t start, size_t size) {
+  off_t end = Next<off_t>("lseek64", descriptor, off_t{0}, SEEK_END);
+  Next<off_t>("lseek64", descriptor, start, SEEK_SET);
+  if (descriptor == t_reservedFor) end = std::max(end, t_reserved);
+  return end <= start ? 0 : std::min(size, static_cast<size_t>(end - start));
+}
+
+bool NeedsRoom(const FileCall& call) {
+  return Is(call, "fallocate") || Is(call, "create") || Is(call, "mkostemp") || Is(call, "mkdir");
+}
+
+// `real` gets the number of bytes to move; `start` is where they are written, -1 at the position.
 template <class Real>
-auto Moving(const FileCall& call, size_t size, Real real) -> decltype(real(size)) {
+auto Moving(const FileCall& call, size_t size, Real real, off_t start = -1)
+    -> decltype(real(size)) {
   if (t_observer == nullptr) return real(size);
-  const Fate fate = AskBefore(call);
+  Fate fate = AskBefore(call);
+  if (fate.isFull && NeedsRoom(call)) fate.error = ENOSPC;
+  if (fate.isFull && Is(call, "write")) {
+    if (start == -1) start = Next<off_t>("lseek64", call.descriptor, off_t{0}, SEEK_CUR);
+    size = Room(call.descriptor, start, size);
+    if (size == 0) fate.error = ENOSPC;
+  }
   if (fate.error != 0) {
     errno = fate.error;
     return Failure<decltype(real(size))>();
@@ -75,12 +110,6 @@ auto Moving(const FileCall& call, size_t size, Real real) -> decltype(real(size)
 template <class Real>
 auto Passing(const FileCall& call, Real real) {
   return Moving(call, 0, [&](size_t) { return real(); });
-}
-
-// The C library's own version. On i386 the names of what deals with positions end in 64.
-template <class Result, class... Args>
-Result Next(const char* name, Args... args) {
-  return reinterpret_cast<Result (*)(Args...)>(::dlsym(RTLD_NEXT, name))(args...);
 }
 
 FileCall OnFile(const char* name, int descriptor) {
@@ -102,7 +131,7 @@ FileCallObserver::~FileCallObserver() {
 }
 
 bool Removes(const FileCall& call) {
-  return std::strcmp(call.name, "unlink") == 0;
+  return Is(call, "unlink");
 }
 
 }  // namespace corvo_test
@@ -133,9 +162,10 @@ ssize_t write(int fd, const void* buffer, size_t size) {
 }
 
 ssize_t pwrite(int fd, const void* buffer, size_t size, off_t at) {
-  return Moving(OnFile("write", fd), size, [&](size_t count) {
+  const auto real = [&](size_t count) {
     return Next<ssize_t, int, const void*, size_t, off_t>("pwrite64", fd, buffer, count, at);
-  });
+  };
+  return Moving(OnFile("write", fd), size, real, at);
 }
 
 ssize_t pread(int fd, void* buffer, size_t size, off_t at) {
@@ -145,6 +175,7 @@ ssize_t pread(int fd, void* buffer, size_t size, off_t at) {
 }
 
 int close(int fd) {
+  if (fd == t_reservedFor) t_reservedFor = -1;
   if (t_observer == nullptr) return static_cast<int>(::syscall(SYS_close, fd));
   const FileCall call = OnFile("close", fd);
   const Fate fate = AskBefore(call);
@@ -168,8 +199,11 @@ int ftruncate(int fd, off_t size) noexcept {
 }
 
 int fallocate(int fd, int mode, off_t offset, off_t size) {
-  return Passing(OnFile("fallocate", fd),
-                 [&] { return Next<int>("fallocate64", fd, mode, offset, size); });
+  return Passing(OnFile("fallocate", fd), [&] {
+    t_reservedFor = fd;
+    t_reserved = offset + size;
+    return Next<int>("fallocate64", fd, mode, offset, size);
+  });
 }
 
 int fchmod(int fd, mode_t mode) noexcept {

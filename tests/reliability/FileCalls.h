@@ -17,6 +17,7 @@ struct FileCall {
 struct Fate {
   int error = 0;         // fail with it; close has closed all the same
   bool isShort = false;  // move half of the bytes, where it moves any
+  bool isFull = false;   // there is no room on the disk for more than its files hold
 };
 
 // Sees every file-system call that the library makes in the thread that made the observer, while it

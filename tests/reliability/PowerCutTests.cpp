@@ -4,11 +4,12 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <functional>
 #include <map>
 #include <optional>
-#include <set>
 
 #include "FileCalls.h"
 #include "ReliabilityTest.h"
@@ -25,7 +26,11 @@ std::string DirectoryOf(const std::string& path) {
 // What the disk surely holds, and what is on its way there. Names are as the calls give them.
 class DiskModel : public FileCallObserver {
  public:
-  explicit DiskModel(Replacement replacement) : m_replacement(replacement) {}
+  // The `failingFlush`th flush, from 1, fails; 0: none.
+  DiskModel(Replacement replacement, int failingFlush)
+      : m_replacement(replacement), m_flushesLeft(failingFlush) {}
+
+  bool HasFailed() const { return m_flushesLeft < 0; }
 
   // What is on the disk at the start.
   void Add(const std::string& path) {
@@ -60,6 +65,10 @@ class DiskModel : public FileCallObserver {
   Fate Before(const FileCall& call) override {
     const bool crosses = std::strcmp(call.name, "renameat2") == 0;
     if (m_replacement == Replacement::kCopy && crosses) return {EXDEV};
+    if (std::strcmp(call.name, "fsync") == 0 && m_flushesLeft > 0 && --m_flushesLeft == 0) {
+      m_flushesLeft = -1;
+      return {EIO};
+    }
     if (Removes(call)) m_pending.push_back({call.path, "", 0});
     return {};
   }
@@ -136,43 +145,59 @@ class DiskModel : public FileCallObserver {
   }
 
   const Replacement m_replacement;
+  int m_flushesLeft;
   std::map<std::string, Inode> m_names;
   std::map<Inode, File> m_files;
   std::vector<Change> m_pending;
 };
 
-using PowerCutTest = ReliabilityTest;
+class PowerCutTest : public ReliabilityTest {
+ protected:
+  using Disk = std::map<std::string, std::optional<std::string>>;
+
+  // Whether a name leads to the whole recording.
+  bool Holds(const Disk& disk) const {
+    const std::string prefix = TemporaryDirectory() + "/QRT";
+    return std::any_of(disk.begin(), disk.end(), [&](const auto& entry) {
+      const auto& [name, bytes] = entry;
+      if (name == m_path) return bytes == m_original || bytes == m_sealed;
+      return name.compare(0, prefix.size(), prefix) == 0 && bytes == m_sealed;
+    });
+  }
+
+  bool HoldsSealed(const Disk& disk) const {
+    const auto recording = disk.find(m_path);
+    return recording != disk.end() && recording->second == m_sealed;
+  }
+
+  // Seals while the power goes after each call. Gives whether a flush has failed.
+  bool SealWhilePowerGoes(Counts& counts, Replacement replacement, int failingFlush) {
+    SCOPED_TRACE("failing flush " + std::to_string(failingFlush));
+    StartAgain(m_original);
+    DiskModel model(replacement, failingFlush);
+    model.Add(m_path);
+    model.Look = [&] {
+      ++counts.strikes;
+      model.ForEachDisk([&](const Disk& disk) {
+        counts.Check(Holds(disk), "no name leads to the whole recording");
+      });
+    };
+    if (Seal() && !model.HasFailed()) {
+      model.ForEachDisk([&](const Disk& disk) {
+        counts.Check(HoldsSealed(disk), "true, but a power cut undoes it");
+      });
+    }
+    return model.HasFailed();
+  }
+};
 
 TEST_F(PowerCutTest, EveryDiskThatMayBeLeftHoldsTheRecording) {
   Counts counts{"power cuts in sealing"};
   for (const Replacement replacement : kReplacements) {
     SCOPED_TRACE(replacement == Replacement::kMove ? "moved" : "copied");
-    StartAgain(m_original);
-    const std::string prefix = TemporaryDirectory() + "/QRT";
-    DiskModel model(replacement);
-    model.Add(m_path);
-    bool returned = false;
-    const auto look = [&] {
-      ++counts.strikes;
-      model.ForEachDisk([&](const auto& disk) {
-        bool whole = false;
-        for (const auto& [name, bytes] : disk) {
-          if (!bytes) continue;
-          const bool isTemporary = name.compare(0, prefix.size(), prefix) == 0;
-          whole = whole || (name == m_path && (*bytes == m_original || *bytes == m_sealed)) ||
-                  (isTemporary && *bytes == m_sealed);
-        }
-        counts.Check(whole, "no name leads to the whole recording");
-        if (!returned) return;
-        const auto recording = disk.find(m_path);
-        counts.Check(recording != disk.end() && recording->second == m_sealed,
-                     "true, but a power cut undoes it");
-      });
-    };
-    model.Look = look;
-    EXPECT_TRUE(Seal());
-    returned = true;
-    look();
+    EXPECT_FALSE(SealWhilePowerGoes(counts, replacement, 0));
+    for (int flush = 1; SealWhilePowerGoes(counts, replacement, flush); ++flush) {
+    }
   }
 }
 
