@@ -26,11 +26,14 @@ class SealFaultsTest : public EngineTest {
   }
 
   // For a thread of its own, which a strike ends.
-  static void* SealUntilCancelled(void* test) {
+  static void* CancelledMeanwhile(void* test) {
     const Fault fault(Call::Sleep, 1, []() -> int { ::pthread_exit(nullptr); });
-    static_cast<SealFaultsTest*>(test)->Seal();
+    auto* const self = static_cast<SealFaultsTest*>(test);
+    self->m_verifies ? self->Verify() : self->Seal();
     return test;
   }
+
+  bool m_verifies = false;
 
   const std::string m_original;
   std::string m_sealed;
@@ -85,14 +88,18 @@ TEST_F(SealFaultsTest, ExceptionIsReportedOnceAndLosesNothing) {
 
 TEST_F(SealFaultsTest, CancelledThreadLeavesTheRecordingAndTheHost) {
   const While running(g_clockStep, 10);
-  Record(m_original);
-  pthread_t thread;
-  ASSERT_EQ(::pthread_create(&thread, nullptr, SealUntilCancelled, this), 0);
-  void* returned = this;
-  ASSERT_EQ(::pthread_join(thread, &returned), 0);
-  EXPECT_EQ(returned, nullptr) << "the thread went on";
-  EXPECT_EQ(Recorded(), m_original);
-  EXPECT_THAT(TemporaryFiles(), ElementsAre());
+  for (const bool verifies : {false, true}) {
+    m_verifies = verifies;
+    const std::string before = verifies ? m_sealed : m_original;
+    Record(before);
+    pthread_t thread;
+    ASSERT_EQ(::pthread_create(&thread, nullptr, CancelledMeanwhile, this), 0);
+    void* returned = this;
+    ASSERT_EQ(::pthread_join(thread, &returned), 0);
+    EXPECT_EQ(returned, nullptr) << "the thread went on";
+    EXPECT_EQ(Recorded(), before);
+    EXPECT_THAT(TemporaryFiles(), ElementsAre());
+  }
 }
 
 }  // namespace
