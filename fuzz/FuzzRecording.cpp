@@ -4,21 +4,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
+#include "Target.h"
 #include "engine/CorvoVerifiedRecording.h"
-#include "platform/Win32Types.h"
 #include "support/Scratch.h"
-
-// The pauses and the disk are not what is looked for here.
-extern "C" void Sleep(DWORD) {
-}
-
-extern "C" int fsync(int) {
-  return 0;
-}
 
 namespace {
 
@@ -31,7 +22,8 @@ RecordingExamination Examine(const std::string& path) {
 // Both look at the same bytes; neither changes them.
 bool Verifies(const std::string& path) {
   const bool verifies = VerifySignature(path.c_str());
-  if ((Examine(path).verdict == RecordingVerdict::kOk) != verifies) std::abort();
+  const bool isOk = Examine(path).verdict == RecordingVerdict::kOk;
+  Require(isOk == verifies, "verification and examination agree");
   return verifies;
 }
 
@@ -62,14 +54,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   WriteFile(path, bytes);
   char properties[2048];
   GetRecordingProperty(path.c_str(), properties);
-  if (std::memchr(properties, 0, sizeof properties) == nullptr) std::abort();
-  if (Verifies(path) && !IsSignaturePresent(path.c_str())) std::abort();
+  Require(std::memchr(properties, 0, sizeof properties) != nullptr, "the properties end");
+  Require(!Verifies(path) || IsSignaturePresent(path.c_str()), "what verifies is sealed");
 
   std::string resealed = bytes;
   const RecordingExamination found = Examine(path);
   if (found.hasDigest && StoreDigest(found, resealed)) {
     WriteFile(path, resealed);
-    if (!Verifies(path)) std::abort();
+    Require(Verifies(path), "the computed digest is the one that verifies");
     WriteFile(path, bytes);
   }
 
@@ -77,6 +69,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   long long end = 10'000'000;
   const bool sealed = CreateSignature(path.c_str(), codec, &start, &end);
   const bool changed = ReadFile(path) != bytes;
-  if (changed && !(sealed && Verifies(path))) std::abort();
+  Require(!changed || (sealed && Verifies(path)), "a changed recording is sealed");
   return 0;
 }
