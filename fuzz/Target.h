@@ -30,7 +30,8 @@ class Input {
   std::string Bytes(std::size_t count);  // fewer where there are no more
   std::string Text();                    // a byte tells its length; ends at its first NUL
   std::string Rest();
-  // The rest with a run of one byte put in: so small inputs make files that no cache holds.
+  // The rest, now and then with a run of one byte put in: so small inputs make files that no cache
+  // holds.
   std::string RestWithRun();
 
  private:
