@@ -15,18 +15,20 @@ namespace {
 void ReadLines(const std::string& path, const std::string& bytes, Input lengths) {
   TFileHandler file;
   Require(file.Open(path.c_str(), OFM_READWRITE, NLM_TEXT, false, false), "the file opens");
+  constexpr int kMostAsked = 100;  // a question for the position is dear
+  int asked = 0;
   std::size_t at = 0;
   std::string expected;
   do {
     Require(!file.EndOfFile(), "no end before it was read");
-    const DWORD length = 2 + lengths.Byte() * (lengths.Byte() % 8);
+    const DWORD length = lengths.Empty() ? 1024 : 2 + lengths.Byte();
     std::vector<char> buffer(length, 'x');  // of this size, for a sanitizer to guard
     DWORD count = 0;
     Require(file.Read(buffer.data(), length, &count), "a read works");
     expected = TakeLine(bytes, at, length - 1);
     Require(std::string(buffer.data(), count) == expected, "the line");
     Require(buffer[count] == '\0', "the terminator");
-    Require(file.GetFilePosition() == at, "the position behind the line");
+    if (asked++ < kMostAsked) Require(file.GetFilePosition() == at, "the position behind the line");
   } while (!expected.empty());
   Require(file.EndOfFile() && !file.FailedSinceOpen(), "the end, and no failure");
 }
