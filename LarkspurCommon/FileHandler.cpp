@@ -27,6 +27,7 @@ namespace {
 constexpr char kOpen[] =
     "bool TFileHandler::Open(const TCHAR*, OpenFileMode, NewLine_Mode, bool, bool)";
 constexpr char kDestructor[] = "virtual TFileHandler::~TFileHandler()";
+constexpr char kInit[] = "void TFileHandler::Init()";
 
 constexpr DWORD kTraceMissingFile = 0x280005;
 constexpr mode_t kCreationMask = 002;
@@ -91,7 +92,7 @@ TFileHandler::~TFileHandler() {
 }
 
 void TFileHandler::Init() {
-  InterlockedIncrement(&count);
+  AtBoundary(kInit, __LINE__, [] { InterlockedIncrement(&count); });
   Close();
   m_endOfFile = false;
   m_cache.reset();

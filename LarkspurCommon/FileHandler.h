@@ -224,7 +224,7 @@ CORVO_API void LogFileError(WORD level, const char* format, ...)
 
 // The running program's directory with its final separator, followed by `name` and `extension`,
 // each of which may be null; no name, no extension. Names no existing file when the program's path
-// is unknown.
+// is unknown, or what the host tells it with throws.
 CORVO_API tstring GetFullPathRelativeToCorvoPath(const char* name, const char* extension);
 
 // Removes a directory with all it holds; `clock` is an os_clock() value for giving up the processor

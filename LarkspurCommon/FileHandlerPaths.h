@@ -17,6 +17,9 @@ namespace file_layer {
 constexpr char kNowhere[] = "/program directory unknown/";
 bool IsNowhere(const char* path);  // or in it
 
+// The running program's directory, or kNowhere. What the host's calls throw goes through.
+tstring ProgramDirectory();
+
 // A path as the host splits it. All parts are empty when one of them doesn't fit.
 class PathParts {
  public:

@@ -3,12 +3,14 @@
 #include <cerrno>
 
 #include "FileHandlerTest.h"
+#include "platform/Win32Compat.h"
 
 using namespace corvo_test;
 
 namespace {
 
 char g_buffer[8];
+bool g_countingThrows;
 
 using Operation = bool (*)(TFileHandler&);
 const Operation kReadSome = [](TFileHandler& file) { return file.Read(g_buffer, 8, nullptr); };
@@ -20,6 +22,11 @@ const Operation kMakeEnd = [](TFileHandler& file) {
 };
 
 }  // namespace
+
+extern "C" LONG InterlockedIncrement(LONG* value) {
+  if (g_countingThrows) throw 1;
+  return __atomic_add_fetch(value, 1, __ATOMIC_SEQ_CST);
+}
 
 TEST_F(FileHandlerTest, FailuresAreToldOnceAndRemembered) {
   const struct {
@@ -119,4 +126,17 @@ TEST_F(FileHandlerTest, MovesEmptyTheCacheAndSetTheEnd) {
   }
   EXPECT_TRUE(kMakeEnd(file));
   EXPECT_EQ(105, file.GetCurrentFileSize());
+}
+
+TEST_F(FileHandlerTest, AHandlerThatTheHostCannotCountWorks) {
+  const std::string path = Make("a", "0123456789");
+  trace.Clear();
+  g_countingThrows = true;
+  EXPECT_NO_THROW({
+    TFileHandler uncounted;
+    EXPECT_TRUE(uncounted.Open(path.c_str(), OFM_READ, NLM_BINARY, false, false));
+    EXPECT_TRUE(kReadSome(uncounted));
+  });
+  g_countingThrows = false;
+  EXPECT_EQ(1u, trace.Texts(0x25, '2').size());
 }
