@@ -1,102 +1,180 @@
-// Any bytes as the trace settings file: the filter that it gives, against the definition of its
-// lines; and what is set is in the file, beside what was there.
+// Any bytes as the trace settings file, against a model of its reading; then a level and a name are
+// set, and the file that this makes is read again.
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <cstring>
+#include <cctype>
 #include <map>
+#include <vector>
 
 #include "LarkspurCommon/debug.h"
+#include "LarkspurCommon/tstring.h"
 #include "Target.h"
 #include "platform/HostServices.h"
 #include "support/Scratch.h"
 
+using namespace corvo_test;
+
 namespace {
 
 using Entries = std::map<std::string, std::string>;
+constexpr std::size_t kLineBytes = 511;
+constexpr std::size_t kIds = 128;
 
-constexpr std::size_t kLongestPiece = 511;
-constexpr char kTrimmed[] = " \t\r\n\v\f";
+bool IsSpace(char ch) {
+  return ch == ' ' || (ch >= '\t' && ch <= '\r');
+}
 
-// The pieces that fgets gives, which end at a NUL for those who look into them.
-Entries Model(const std::string& bytes) {
+// The first of two equal keys counts; an empty value is none.
+Entries Parse(const std::string& file) {
   Entries entries;
-  for (std::size_t at = 0; at < bytes.size();) {
-    const std::size_t feed = bytes.find('\n', at);
-    const std::size_t end = feed == std::string::npos ? bytes.size() : feed + 1;
-    std::string line = bytes.substr(at, std::min(end - at, kLongestPiece));
+  for (std::size_t at = 0; at < file.size();) {
+    const std::size_t end = std::min(file.find('\n', at), file.size() - 1);
+    std::string line = file.substr(at, std::min(end + 1 - at, kLineBytes));
     at += line.size();
-    line.resize(std::strlen(line.c_str()));
+    line = line.substr(0, line.find('\0'));
     if (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.pop_back();
     const std::size_t equals = line.find('=');
     if (equals == std::string::npos) continue;
-    const std::size_t begin = line.find_first_not_of(' ', equals + 1);
-    if (begin == std::string::npos) continue;
-    const std::string value = line.substr(begin);
-    const std::size_t last = value.find_last_not_of(kTrimmed);
-    entries.emplace(line.substr(0, equals),
-                    last == std::string::npos ? std::string() : value.substr(0, last + 1));
+    std::string value = line.substr(equals + 1);
+    value.erase(0, value.find_first_not_of(' '));
+    if (value.empty()) continue;
+    while (!value.empty() && IsSpace(value.back())) value.pop_back();
+    entries.emplace(line.substr(0, equals), value);
   }
   return entries;
 }
 
+std::string FileOf(const Entries& entries) {
+  std::string file;
+  for (const auto& [key, value] : entries) file += key + "=" + value + "\n";
+  return file;
+}
+
+// Of a number in text: what a 32-bit strtoul gives, cut to 16 bits and limited to 9.
+unsigned Level(const std::string& text) {
+  std::size_t at = 0;
+  while (at < text.size() && IsSpace(text[at])) ++at;
+  const bool negative = at < text.size() && text[at] == '-';
+  if (at < text.size() && (text[at] == '-' || text[at] == '+')) ++at;
+  unsigned long long value = 0;
+  for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
+    value = std::min(value * 10 + static_cast<unsigned>(text[at] - '0'), 0x100000000ULL);
+  }
+  if (value > 0xFFFFFFFF) {
+    value = 0xFFFFFFFF;
+  } else if (negative) {
+    value = 0x100000000 - value;
+  }
+  return std::min(static_cast<unsigned>(value & 0xFFFF), 9u);
+}
+
+unsigned HexValue(char ch) {
+  return static_cast<unsigned>(
+      std::string("0123456789abcdef").find(static_cast<char>(std::tolower(ch))));
+}
+
+// A pair that doesn't begin with a digit is 0, one that doesn't end with one has that digit only.
+unsigned Pair(const std::string& pair) {
+  if (std::isxdigit(static_cast<unsigned char>(pair[0])) == 0) return 0;
+  const bool both = pair.size() == 2 && std::isxdigit(static_cast<unsigned char>(pair[1])) != 0;
+  return both ? HexValue(pair[0]) * 16 + HexValue(pair[1]) : HexValue(pair[0]);
+}
+
+struct Filter {
+  unsigned level = 5;
+  std::vector<unsigned> bitmap = std::vector<unsigned>(kIds / 8, 0xFF);
+
+  void Take(const Entries& entries) {
+    if (entries.count("Filter Level") != 0) level = Level(entries.at("Filter Level"));
+    const std::string text = entries.count("ID Bitmap") != 0 ? entries.at("ID Bitmap") : "";
+    for (std::size_t i = 0; i < bitmap.size() && 2 * i < text.size(); ++i) {
+      bitmap[i] = Pair(text.substr(2 * i, 2));
+    }
+  }
+  std::string BitmapText() const {
+    std::string text;
+    for (const unsigned byte : bitmap) text += tstring::FromFormat("%02x", byte);
+    return text;
+  }
+};
+
 std::string Path() {
-  return CorvoSettingsDirectory() + std::string("/corvo_debug_settings.ini");
+  return std::string(CorvoSettingsDirectory()) + "/corvo_debug_settings.ini";
 }
 
-// Each in a second of its own: that is how a change shows.
-void Replace(const std::string& bytes) {
-  static time_t second = 1'000'000'000;
-  corvo_test::WriteFile(Path(), bytes);
-  const timespec times[2] = {{++second, 0}, {second, 0}};
-  Require(::utimensat(AT_FDCWD, Path().c_str(), times, 0) == 0, "the file's time is set");
+// Whole seconds tell whether the file has changed: each time it is touched it gets another.
+void Touch() {
+  static time_t second = 1'000'000;
+  const timespec times[] = {{++second, 0}, {second, 0}};
+  Require(::utimensat(AT_FDCWD, Path().c_str(), times, 0) == 0, "the file's time can be set");
 }
 
-DebugFilterLevel NameOf(int level) {
-  constexpr DebugFilterLevel kNames[] = {DFL_OFF,      DFL_ESSENTIAL, DFL_ERRORS,   DFL_NOTICES,
-                                         DFL_NOTICES,  DFL_REQUESTS,  DFL_REQUESTS, DFL_REQUESTS,
-                                         DFL_REQUESTS, DFL_EVERYTHING};
-  return kNames[std::min(level, 9)];
+void ReadFileOf(const std::string& bytes) {
+  WriteFile(Path(), bytes);
+  Touch();
+  ReadDebugSettings();
 }
 
-void CheckLevel(const Entries& model) {
-  const auto entry = model.find("Filter Level");
-  if (entry == model.end()) return;
-  const std::string& text = entry->second;
-  if (text.empty() || text.size() > 4 || text.find_first_not_of("0123456789") != std::string::npos)
-    return;  // how odd numbers read is another matter
-  Require(GetDebugFilterLevel() == NameOf(std::atoi(text.c_str())), "the level of the file");
+void CompareFilter(const Filter& filter) {
+  static constexpr unsigned kOffered[] = {0, 1, 2, 3, 3, 5, 5, 5, 5, 9};
+  Require(GetDebugFilterLevel() == kOffered[filter.level], "the level");
+  for (unsigned id = 0; id < kIds; ++id) {
+    const bool enabled = filter.level > 0 && (filter.bitmap[id / 8] >> id % 8 & 1) != 0;
+    Require(IsDebugEnabled(id << 16 | filter.level) == enabled, "whether an ID is enabled");
+    Require(!IsDebugEnabled(id << 16 | (filter.level + 1)), "no line above the level");
+  }
+}
+
+void CompareEntries(const Entries& entries) {
+  for (const auto& [key, value] : entries) {
+    bool found = false;
+    Require(GetData(key.c_str(), found) == value && found, "an entry");
+  }
+}
+
+// Sets a level and a name; the file then has the whole model.
+void Change(Entries& entries, Filter& filter, DebugFilterLevel level, unsigned id,
+            const std::string& name) {
+  const char* const names[] = {name.c_str()};
+  SetDebugIdNames(id, 1, names);
+  SetDebugFilterLevel(level);
+  filter.level = level;
+  entries[tstring::FromFormat("ID %02x Name", id)] = name;
+  entries["Filter Level"] = std::to_string(filter.level);
+  entries["ID Bitmap"] = filter.BitmapText();
+  entries["Module Name"] = "Fuzzed  ";
+  Require(ReadFile(Path()) == FileOf(entries), "the file with the settings");
+}
+
+void Compare(const Entries& entries, Filter& filter) {
+  filter.Take(entries);
+  CompareEntries(entries);
+  CompareFilter(filter);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const bool started = [] {
-    InitDebug(nullptr, "fuzz", nullptr);
-    return true;
-  }();
-  Require(started, "the module starts");
-  const std::string bytes = Input(data, size).RestWithRun();
-  Replace(bytes);
-  Entries model = Model(bytes);
-  ReadDebugSettings();
-  CheckLevel(model);
-  for (const auto& [key, value] : model) {
-    bool found = false;
-    Require(GetData(key.c_str(), found) == value && found, "an entry of the file");
-  }
+  static const bool started = (InitDebug(nullptr, "Fuzzed", nullptr), true);
+  static_cast<void>(started);
+  static constexpr DebugFilterLevel kLevels[] = {DFL_OFF, DFL_ERRORS, DFL_REQUESTS, DFL_EVERYTHING};
+  Input input(data, size);
+  const DebugFilterLevel level = kLevels[input.Byte() % 4];
+  const unsigned id = input.Byte();
+  const std::string name = input.Text();
+  const std::string bytes = input.Rest();
 
-  SetDebugFilterLevel(DFL_NOTICES);
-  const Entries written = Model(corvo_test::ReadFile(Path()));
-  model["Filter Level"] = "3";
-  for (const auto& [key, value] : model) {
-    if (key == "ID Bitmap" || key == "Module Name") continue;
-    if (value.empty() || key.size() + value.size() + 2 > kLongestPiece) continue;
-    const auto entry = written.find(key);
-    Require(entry != written.end() && entry->second == value, "other entries are kept");
-  }
+  Filter filter;
+  ReadFileOf("Filter Level=5\nID Bitmap=" + filter.BitmapText() + "\n");
+  ReadFileOf(bytes);
+  Entries entries = Parse(bytes);
+  Compare(entries, filter);
+  Change(entries, filter, level, id, name);
+  Touch();
+  ReadDebugSettings();
+  Compare(Parse(FileOf(entries)), filter);
   return 0;
 }
