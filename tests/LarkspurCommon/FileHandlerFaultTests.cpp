@@ -140,3 +140,21 @@ TEST_F(FileHandlerTest, AHandlerThatTheHostCannotCountWorks) {
   g_countingThrows = false;
   EXPECT_EQ(1u, trace.Texts(0x25, '2').size());
 }
+
+TEST_F(FileHandlerTest, AnswersWhatItIsAndWritesFormattedText) {
+  const std::string path = ScratchPath("bin/Formatted.txt");
+  EXPECT_EQ(file.GetCurrentFileSize(), 0);
+  EXPECT_THAT(trace.Texts().back(), testing::HasSubstr("has it has not been opened"));
+  EXPECT_FALSE(file.MoveToPosition(0, 0));
+  SYSTEMTIME time{};
+  EXPECT_FALSE(file.GetCreationTime(time));
+
+  ASSERT_TRUE(file.Open(path.c_str(), OFM_WRITE, NLM_TEXT, true, false));
+  file.WriteFormatString("%s=%d\n", "a", 7);
+  EXPECT_FALSE(file.MoveToPosition(3, 0)) << "there is no such origin";
+  EXPECT_TRUE(file.GetCreationTime(time) && time.wYear >= 2024);
+  tstring name;
+  file.GetName(name);
+  EXPECT_EQ(name, "Formatted.txt");
+  EXPECT_EQ(ReadFile(path), "a=7\r\n");
+}
