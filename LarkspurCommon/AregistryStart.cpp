@@ -8,6 +8,7 @@
 #include "LarkspurCommon/AregistryInternal.h"
 #include "LarkspurCommon/AregistrySettings.h"
 #include "LarkspurCommon/FileHandler.h"
+#include "LarkspurCommon/FileHandlerPaths.h"
 #include "LarkspurCommon/FlagScope.h"
 #include "LarkspurCommon/debug.h"
 #include "platform/Win32Compat.h"
@@ -151,6 +152,13 @@ constexpr CheckedDirectory kCheckedDirectories[] = {
     {"EVMLNameWavsDir", &VMRegistry::EVMLNameWavsDir},
 };
 
+// The program's directory. What keeps a host from telling it this time breaks the start off: else
+// every directory's default would be written without it.
+tstring BaseDirectory() {
+  const tstring base = GetFullPathRelativeToCorvoPath(nullptr, nullptr);
+  return file_layer::IsNowhere(base.c_str()) ? file_layer::ProgramDirectory() : base;
+}
+
 // A file beside the machine's other settings.
 tstring SettingsFile(const char* name) {
   return tstring::FromFormat("%s/%s", CorvoSettingsDirectory(), name);
@@ -192,7 +200,7 @@ void VMRegistry::Init() {
   if (m_starting) return;
   const FlagScope starting(m_starting);
   const bool settled = AtBoundary({kSource, kInit, __LINE__}, false, [&] {
-    Settle(GetFullPathRelativeToCorvoPath(nullptr, nullptr));
+    Settle(BaseDirectory());
     return true;
   });
   for (const CheckedDirectory& directory : kCheckedDirectories) {

@@ -7,11 +7,14 @@
 
 #include "LarkspurCommon/Boundary.h"
 #include "LarkspurCommon/FileHandler.h"
+#include "LarkspurCommon/FileHandlerChange.h"
 #include "LarkspurCommon/FileHandlerPaths.h"
 #include "LarkspurCommon/FlagScope.h"
 #include "LarkspurCommon/XTTime.h"
 #include "platform/HoldCancellation.h"
 #include "platform/Win32Compat.h"
+
+using file_layer::FileChange;
 
 namespace {
 
@@ -156,18 +159,20 @@ bool CorvoIniData::HasFileChanged() {
 }
 
 // A file may become readable without a change of its modification time, and one that was gone for a
-// while comes back with the old one. While the store is busy with its file, it answers from memory.
+// while comes back with the old one. What can't be told unchanged counts as not read. While the
+// store is busy with its file, it answers from memory.
 void CorvoIniData::Refresh(DWORD retryAfter) {
   if (m_busy) return;
   const bool existed = m_fileExists;
-  bool changed;
+  FileChange change;
   {
     const FlagScope busy(m_busy);
-    changed = HasFileChanged();
+    change = file_layer::LookForChange(m_fileName, m_fileExists, m_lastWriteTime);
   }
+  m_unread = m_unread || change == FileChange::kUnknown;
   const bool isBack = m_fileExists && !existed;
   const bool retries = m_unread && os_expired(m_lastAttempt, retryAfter);
-  if (changed || isBack || retries) LoadIniData();
+  if (change == FileChange::kChanged || isBack || retries) LoadIniData();
 }
 
 void CorvoIniData::LoadIniData() {
@@ -198,17 +203,14 @@ bool CorvoIniData::ReadEntries(Entries& entries, bool& repeated) {
   return !file.FailedSinceOpen();
 }
 
-// A thread that is cancelled finishes first: half a file would be all that is left of the settings.
 void CorvoIniData::SaveIniData() {
   if (m_busy || m_unread) return;
-  const HoldCancellation hold;
   AtBoundary({kSource, kSave, __LINE__}, [&] {
     const FlagScope busy(m_busy);
     tstring text;
     for (const auto& [key, value] : m_data) text.append(key).append("=").append(value).append("\n");
     TFileHandler file;
-    if (!file.Open(m_fileName, OFM_WRITE, NLM_TEXT, true, false)) return;
-    if (!text.empty()) file.Write(text.c_str(), static_cast<DWORD>(text.size()));
+    if (file.Open(m_fileName, OFM_WRITE, NLM_TEXT, false, false)) file.ReplaceText(text.c_str());
   });
 }
 

@@ -27,6 +27,7 @@ namespace {
 constexpr char kOpen[] =
     "bool TFileHandler::Open(const TCHAR*, OpenFileMode, NewLine_Mode, bool, bool)";
 constexpr char kDestructor[] = "virtual TFileHandler::~TFileHandler()";
+constexpr char kInit[] = "void TFileHandler::Init()";
 
 constexpr DWORD kTraceMissingFile = 0x280005;
 constexpr mode_t kCreationMask = 002;
@@ -91,7 +92,7 @@ TFileHandler::~TFileHandler() {
 }
 
 void TFileHandler::Init() {
-  InterlockedIncrement(&count);
+  AtBoundary(kInit, __LINE__, [] { InterlockedIncrement(&count); });
   Close();
   m_endOfFile = false;
   m_cache.reset();
@@ -100,6 +101,11 @@ void TFileHandler::Init() {
 
 bool TFileHandler::Open(const char* path, OpenFileMode mode, NewLine_Mode newLine, bool truncate,
                         bool createDirectory) {
+  return OpenAs(path, mode, newLine, truncate, createDirectory, false);
+}
+
+bool TFileHandler::OpenAs(const char* path, OpenFileMode mode, NewLine_Mode newLine, bool truncate,
+                          bool createDirectory, bool mustBeNew) {
   return AtBoundary(kOpen, __LINE__, false, [&] {
     EmptyCache();
     Close();
@@ -108,7 +114,8 @@ bool TFileHandler::Open(const char* path, OpenFileMode mode, NewLine_Mode newLin
     m_truncate = truncate;
     m_createDirectory = createDirectory;
     tstring resolved;
-    if (!ResolvePath(path, resolved) || !OpenResolved(resolved, m_truncate)) return false;
+    if (!ResolvePath(path, resolved) || !OpenResolved(resolved, m_truncate, mustBeNew))
+      return false;
     m_failedSinceOpen = false;
     return true;
   });
@@ -157,12 +164,12 @@ bool TFileHandler::ResolvePath(const char* path, tstring& resolved) {
   return RefuseOpening();
 }
 
-bool TFileHandler::OpenResolved(const tstring& path, bool truncate) {
+bool TFileHandler::OpenResolved(const tstring& path, bool truncate, bool mustBeNew) {
   tstring created;
   if (m_openMode != OFM_READ && m_createDirectory) {
     created = CreateMissingDirectory(PathParts(path.c_str()).Directory());
   }
-  if (OpenDescriptor(path, truncate && m_openMode != OFM_READ)) return true;
+  if (OpenDescriptor(path, truncate && m_openMode != OFM_READ, mustBeNew)) return true;
   FailOpening(errno, path);
   if (!created.empty()) RemoveCreatedDirectory(created);
   return false;
@@ -177,18 +184,20 @@ bool TFileHandler::Reopen() {
   return ResolvePath(m_path.c_str(), path) && OpenResolved(path, false);
 }
 
-// False with errno set.
-bool TFileHandler::OpenDescriptor(const tstring& path, bool truncate) {
+// False with errno set. A new file that can't be used doesn't stay.
+bool TFileHandler::OpenDescriptor(const tstring& path, bool truncate, bool mustBeNew) {
   tstring opened = path;  // taken over once all has worked, and then without failing
   ::umask(kCreationMask);
-  const int flags = OpenFlags(m_openMode);
-  if (flags == kNoSuchMode) return false;
-  m_descriptor =
-      Uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC, kNewFileMode); });
+  const int access = OpenFlags(m_openMode);
+  if (access == kNoSuchMode) return false;
+  const bool creates = mustBeNew && m_openMode != OFM_READ;
+  const int flags = access | O_CLOEXEC | (creates ? O_EXCL : 0);
+  m_descriptor = Uninterrupted([&] { return ::open(path.c_str(), flags, kNewFileMode); });
   if (m_descriptor == -1) return false;
   if (!Admit(m_descriptor, truncate)) {
     const int error = errno;
     Close();
+    if (creates) ::unlink(path.c_str());
     errno = error;
     return false;
   }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <memory>
 
+#include "LarkspurCommon/FileMark.h"
 #include "LarkspurCommon/tstring.h"
 #include "platform/Export.h"
 #include "platform/InterfaceCheck.h"
@@ -47,7 +48,7 @@ class CORVO_API TFileHandler {
   // that a null or empty `path` leaves it as it was.
   bool Open(const char* path, OpenFileMode mode, NewLine_Mode newLine, bool truncate,
             bool createDirectory);
-  // Opens a new name in the configured temporary directory; GetPathname tells which.
+  // Creates a file with a new name in the configured temporary directory; GetPathname tells which.
   bool OpenTempFile(OpenFileMode mode, NewLine_Mode newLine, bool truncate, const char* prefix,
                     const char* extension);
   void Close();  // path, cache and last error stay
@@ -66,6 +67,12 @@ class CORVO_API TFileHandler {
   // write that the system cuts short gives true: FailedSinceOpen and the last error tell.
   bool Write(const void* buffer, DWORD length);
   void WriteFormatString(const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+  // Makes `text`, with each "\n" as CR LF, what the file holds, in place, by as few writes as the
+  // system allows: at every instant the file has the lines of the old text or of the new one, apart
+  // from empty lines at its end. False when it may have the old lines still, or such empty lines.
+  // For a regular file that is open for writing without truncation; its position stays.
+  bool ReplaceText(const char* text);
 
   // Origin 0: the start; 1: the descriptor's position, which is ahead of the reader's while the
   // cache holds unread bytes; 2: the end. Flushes to disk first. A failed move from the start or
@@ -125,6 +132,10 @@ class CORVO_API TFileHandler {
   // where FileSeconds is too narrow it holds the time's low bits.
   static bool HasFileChanged(const char* path, bool& exists, FileSeconds& lastWriteTime);
 
+  // The mark of the open file, and of what a path names now. On failure `mark` is untouched.
+  bool GetMark(FileMark& mark);
+  static bool GetMark(const char* path, FileMark& mark);
+
   // A hidden file's name begins with a dot. False when the file couldn't be renamed (an existing
   // file is never replaced); true also when there was nothing to do or no such file. The owner of a
   // renamed file may read and write it.
@@ -156,10 +167,12 @@ class CORVO_API TFileHandler {
   CORVO_LOCAL bool FailData(const char* label, int error, const char* doing);
   CORVO_LOCAL void DescribeError(int error, const char* doing, const char* path);
 
+  CORVO_LOCAL bool OpenAs(const char* path, OpenFileMode mode, NewLine_Mode newLine, bool truncate,
+                          bool createDirectory, bool mustBeNew);
   CORVO_LOCAL bool ResolvePath(const char* path, tstring& resolved);
-  CORVO_LOCAL bool OpenResolved(const tstring& path, bool truncate);
+  CORVO_LOCAL bool OpenResolved(const tstring& path, bool truncate, bool mustBeNew = false);
   CORVO_LOCAL bool Reopen();
-  CORVO_LOCAL bool OpenDescriptor(const tstring& path, bool truncate);
+  CORVO_LOCAL bool OpenDescriptor(const tstring& path, bool truncate, bool mustBeNew);
   CORVO_LOCAL bool RefuseOpening();
   CORVO_LOCAL bool FailOpening(int error, const tstring& path);
 
@@ -211,7 +224,7 @@ CORVO_API void LogFileError(WORD level, const char* format, ...)
 
 // The running program's directory with its final separator, followed by `name` and `extension`,
 // each of which may be null; no name, no extension. Names no existing file when the program's path
-// is unknown.
+// is unknown, or what the host tells it with throws.
 CORVO_API tstring GetFullPathRelativeToCorvoPath(const char* name, const char* extension);
 
 // Removes a directory with all it holds; `clock` is an os_clock() value for giving up the processor

@@ -6,6 +6,7 @@
 
 #include "LarkspurCommon/FileHandler.h"
 #include "LarkspurCommon/FileHandlerBoundary.h"
+#include "LarkspurCommon/FileHandlerChange.h"
 #include "LarkspurCommon/FileHandlerPaths.h"
 #include "LarkspurCommon/FileHandlerReport.h"
 #include "LarkspurCommon/FileHandlerSystem.h"
@@ -25,6 +26,8 @@ constexpr char kSetLastWrite[] =
     "static bool TFileHandler::SetLastWriteTime(const TCHAR*, SYSTEMTIME&)";
 constexpr char kHasChanged[] =
     "static bool TFileHandler::HasFileChanged(const TCHAR*, bool&, time_t&)";
+constexpr char kGetMark[] = "bool TFileHandler::GetMark(FileMark&)";
+constexpr char kGetMarkByName[] = "static bool TFileHandler::GetMark(const TCHAR*, FileMark&)";
 constexpr char kMakeHidden[] = "static bool TFileHandler::MakeHidden(const TCHAR*)";
 constexpr char kMakeVisible[] = "static bool TFileHandler::MakeVisible(const TCHAR*)";
 
@@ -168,14 +171,40 @@ bool TFileHandler::SetLastWriteTime(const char* path, SYSTEMTIME& local) {
 }
 
 bool TFileHandler::HasFileChanged(const char* path, bool& exists, FileSeconds& lastWriteTime) {
-  return AtBoundary(kHasChanged, __LINE__, false, [&] {
-    if (path == nullptr || *path == '\0') return false;
+  return LookForChange(path, exists, lastWriteTime) == FileChange::kChanged;
+}
+
+FileChange file_layer::LookForChange(const char* path, bool& exists, FileSeconds& lastWriteTime) {
+  const auto told = [](bool changed) { return changed ? FileChange::kChanged : FileChange::kNone; };
+  return AtBoundary(kHasChanged, __LINE__, FileChange::kUnknown, [&] {
+    if (path == nullptr || *path == '\0') return FileChange::kNone;
     const NamedFile file(path);
-    if (!file.Exists()) return Update(exists, false);
+    if (!file.Exists()) return told(Update(exists, false));
     exists = true;
     struct statx status;
-    return file.ReadStatus(kHasChanged, "retrieving file times for", status) &&
-           Update(lastWriteTime, static_cast<FileSeconds>(status.stx_mtime.tv_sec));
+    if (!file.ReadStatus(kHasChanged, "retrieving file times for", status)) {
+      return FileChange::kUnknown;
+    }
+    return told(Update(lastWriteTime, static_cast<FileSeconds>(status.stx_mtime.tv_sec)));
+  });
+}
+
+bool TFileHandler::GetMark(FileMark& mark) {
+  return AtBoundary(kGetMark, __LINE__, false, [&] {
+    struct statx status;
+    if (!GetIsOpen()) return false;
+    if (!GetStatus(m_descriptor, status)) return Fail(kGetMark, errno, kObtainingStatus);
+    mark = MarkOf(status);
+    return true;
+  });
+}
+
+bool TFileHandler::GetMark(const char* path, FileMark& mark) {
+  return AtBoundary(kGetMarkByName, __LINE__, false, [&] {
+    struct statx status;
+    if (!NamedFile(path).ReadStatus(kGetMarkByName, kObtainingStatus, status)) return false;
+    mark = MarkOf(status);
+    return true;
   });
 }
 

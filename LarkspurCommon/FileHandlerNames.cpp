@@ -65,7 +65,7 @@ bool TFileHandler::OpenTempFile(OpenFileMode mode, NewLine_Mode newLine, bool tr
                                 const char* prefix, const char* extension) {
   tstring name;
   if (GetTempFilename(name, prefix, extension)) {
-    return Open(name.c_str(), mode, newLine, truncate, false);
+    return OpenAs(name.c_str(), mode, newLine, truncate, false, true);
   }
   return AtBoundary(kTempFilename, __LINE__, false, [&] {
     m_lastError = "No free temporary file name has been found";
@@ -77,6 +77,7 @@ bool TFileHandler::Delete() {
   return AtBoundary(kDelete, __LINE__, false, [&] {
     Close();
     const DiskEntry entry(m_path.c_str());
+    if (entry.Error() != 0) return Fail(kDelete, entry.Error(), kDeleting);
     if (!entry.IsThere() || !IsSpelledAs(m_path, entry)) return false;
     if (entry.IsDirectory()) return RefuseDirectory(kDelete, entry);
     return ::unlink(entry.Path()) == 0 || Fail(kDelete, errno, kDeleting);

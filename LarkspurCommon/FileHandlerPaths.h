@@ -3,6 +3,8 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+
 #include "LarkspurCommon/FileHandlerSystem.h"
 #include "LarkspurCommon/tstring.h"
 #include "platform/Win32Types.h"
@@ -14,6 +16,9 @@ namespace file_layer {
 // since the file layer never makes it: even "/dev" may be missing, and then root could make that.
 constexpr char kNowhere[] = "/program directory unknown/";
 bool IsNowhere(const char* path);  // or in it
+
+// The running program's directory, or kNowhere. What the host's calls throw goes through.
+tstring ProgramDirectory();
 
 // A path as the host splits it. All parts are empty when one of them doesn't fit.
 class PathParts {
@@ -51,16 +56,20 @@ class FoundPath {
 class DiskEntry {
  public:
   explicit DiskEntry(const char* path)
-      : m_found(path), m_isThere(m_found.Exists() && GetStatus(m_found.Text(), m_status)) {}
+      : m_found(path), m_isThere(m_found.Exists() && GetStatus(m_found.Text(), m_status)) {
+    if (m_found.Exists() && !m_isThere) m_error = errno;
+  }
 
   const char* Path() const { return m_found.Text(); }
   bool IsThere() const { return m_isThere; }
+  int Error() const { return m_error; }  // why what is there can't be told; 0: it can
   bool IsDirectory() const { return m_isThere && S_ISDIR(m_status.stx_mode); }
 
  private:
   FoundPath m_found;
   struct statx m_status;
   bool m_isThere;
+  int m_error = 0;
 };
 
 // A bare file name in the running program's directory; any other path as it is; empty when the path

@@ -1,6 +1,7 @@
 // The rule by which the file layer and the configuration find their files: beside the program.
 
 #include "LarkspurCommon/FileHandler.h"
+#include "LarkspurCommon/FileHandlerBoundary.h"
 #include "LarkspurCommon/FileHandlerPaths.h"
 #include "platform/Win32Compat.h"
 
@@ -8,11 +9,15 @@ using file_layer::kNowhere;
 
 namespace {
 
+constexpr char kLabel[] = "tstring GetFullPathRelativeToCorvoPath(const TCHAR*, const TCHAR*)";
+
 bool IsSeparator(char ch) {
   return ch == '\\' || ch == '/';
 }
 
-tstring ProgramDirectory() {
+}  // namespace
+
+tstring file_layer::ProgramDirectory() {
   char program[MAX_PATH];
   char drive[_MAX_DRIVE];
   char directory[_MAX_DIR];
@@ -27,10 +32,9 @@ tstring ProgramDirectory() {
   return result;
 }
 
-}  // namespace
-
 tstring GetFullPathRelativeToCorvoPath(const char* name, const char* extension) {
-  tstring path = ProgramDirectory();
+  tstring path = file_layer::AtBoundary(kLabel, __LINE__, tstring(kNowhere),
+                                        [] { return file_layer::ProgramDirectory(); });
   if (name == nullptr || *name == '\0') return path;
   path += IsSeparator(*name) ? name + 1 : name;
   if (extension == nullptr) return path;

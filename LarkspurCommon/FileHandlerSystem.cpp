@@ -17,6 +17,11 @@ bool CannotBeFlushed(int error) {
   return error == EINVAL || error == EROFS || error == ENOTSUP;
 }
 
+LONGLONG Nanoseconds(const statx_timestamp& time) {
+  constexpr LONGLONG kPerSecond = 1'000'000'000;
+  return time.tv_sec * kPerSecond + time.tv_nsec;
+}
+
 }  // namespace
 
 bool GetStatus(int descriptor, struct statx& status) {
@@ -25,6 +30,14 @@ bool GetStatus(int descriptor, struct statx& status) {
 
 bool GetStatus(const char* path, struct statx& status) {
   return ::statx(AT_FDCWD, path, 0, STATX_BASIC_STATS, &status) == 0;
+}
+
+FileMark MarkOf(const struct statx& status) {
+  constexpr int kMinorBits = 32;
+  const auto major = static_cast<unsigned long long>(status.stx_dev_major);
+  return {major << kMinorBits | status.stx_dev_minor, status.stx_ino,
+          static_cast<LONGLONG>(status.stx_size), Nanoseconds(status.stx_mtime),
+          Nanoseconds(status.stx_ctime)};
 }
 
 bool SizeFits(const struct statx& status) {

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include "LarkspurCommon/FileMark.h"
 #include "platform/Win32Types.h"
 
 // The system calls of the file layer. Each fails with errno set, and none with EINTR.
@@ -15,6 +16,8 @@ constexpr off_t kLargestFile = 0x7FFFFFFF;
 // By `statx`: 32-bit calls fail for files with times beyond 2038.
 bool GetStatus(int descriptor, struct statx& status);
 bool GetStatus(const char* path, struct statx& status);
+
+FileMark MarkOf(const struct statx& status);
 
 // Whether a file of this size can be handled; false with EOVERFLOW.
 bool SizeFits(const struct statx& status);

@@ -114,6 +114,8 @@ CORVO_API void InternalTraceFnW(DWORD id, char const* function, wchar_t const* f
                                 va_list args);
 
 // Settings ----------------------------------------------------------------------------------------
+//
+// What a host's service throws in one of these ends it, and goes to the exception handler alone.
 
 enum DebugFilterLevel : unsigned int {
   DFL_OFF = 0,
@@ -148,7 +150,8 @@ CORVO_API bool HasIniFileChanged();  // since the last such question
 CORVO_API void ReadIniFile();        // if it has changed; unwritten changes are then dropped
 CORVO_API void WriteIniFile();       // if there are unwritten changes
 CORVO_API void UpdateIniFileEntry(tstring& key, tstring& value);
-// Empty and not found, or the value, which stays valid until the entry changes or the file is read.
+// Empty and not found, or the value as it is now: a text that stays as long as the library,
+// whatever becomes of the entry. Each different text that is handed out takes its memory for good.
 CORVO_API char const* GetData(char const* key, bool& found);
 
 #undef TRACE_PRINTF

@@ -7,6 +7,7 @@ std::atomic<WORD> s_wDebugLevel{5};
 std::array<std::atomic<unsigned char>, 16> s_DebugIdBitmap{{{0xFF}}};
 std::atomic<bool> s_bInitialised{false};
 std::atomic<bool> s_bDeInitCalled{false};
+thread_local bool t_inSettings = false;
 
 namespace {
 
@@ -28,6 +29,7 @@ void LookAtSettings() {
   if (!s_bInitialised.load(std::memory_order_acquire)) {
     InitDebug(nullptr, nullptr, nullptr);
   } else if (ClaimReread()) {
+    const FlagScope inside(t_inSettings);  // a look that fails decides the answer
     RereadDebugSettings();
   }
 }

@@ -11,10 +11,12 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 
 #include "LarkspurCommon/FlagScope.h"
+#include "LarkspurCommon/InPlaceText.h"
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugState.h"
 #include "LarkspurCommon/tstring.h"
@@ -39,6 +41,10 @@ bool bIniFileLoaded = false;                 // the entries are those of the fil
 bool bIniFileBeingRead = false;              // a host's fopen_s may come back here
 long long ftLastIniFileWriteTime = kNoTime;  // seconds
 bool bIniFileChanged = false;                // there are changes that aren't in the file
+
+// Every text that a caller was given, once: another thread may read the file, or stop the module,
+// while it is still looked at. As few as the file ever had different values of the keys asked for.
+Immortal<std::set<tstring>> s_handedOut;
 
 std::string IniFilePath() {
   char const* directory = CorvoSettingsDirectory();
@@ -94,29 +100,33 @@ void LoadEntries() {
   bIniFileLoaded = true;
 }
 
+std::string AllLines() {
+  std::string lines;
+  for (const auto& [key, value] : *piniData) lines.append(key).append("=").append(value) += '\n';
+  return lines;
+}
+
+// What the file holds is written over, and cut only then.
+bool Replace(std::FILE* file, std::string lines) {
+  struct statx status;
+  const int descriptor = ::fileno(file);
+  if (::statx(descriptor, "", AT_EMPTY_PATH, STATX_SIZE, &status) != 0) return false;
+  const std::size_t size = lines.size();
+  PadWithLineEnds(lines, static_cast<std::size_t>(status.stx_size));
+  return std::fwrite(lines.data(), 1, lines.size(), file) == lines.size() &&
+         std::fflush(file) == 0 &&
+         (lines.size() == size || ::ftruncate(descriptor, static_cast<off_t>(size)) == 0);
+}
+
 bool WriteLines() {
-  File file = OpenIniFile("w");
+  File file = OpenIniFile(bIniFileExists ? "r+" : "w");
   if (file == nullptr || piniData == nullptr) return false;
-  for (const auto& [key, value] : *piniData) {
-    std::fprintf(file.get(), "%s=%s\n", key.c_str(), value.c_str());
-  }
-  const bool written = std::ferror(file.get()) == 0;
-  return std::fclose(file.release()) == 0 && written;
+  const bool replaced = Replace(file.get(), AllLines());
+  return std::fclose(file.release()) == 0 && replaced;
 }
 
-}  // namespace
-
-void UnloadIniFile() {
-  const DebugLockHelper lock(*s_DebugLock);
-  delete piniData;
-  piniData = nullptr;
-  bIniFileLoaded = false;
-  bIniFileChanged = false;
-}
-
-bool HasIniFileChanged() {
-  const DebugLockHelper lock(*s_DebugLock);
-  const std::string path = IniFilePath();
+// Whether the file has come, gone or changed since it was last looked at.
+bool TakeWriteTime(std::string const& path) {
   if (::access(path.c_str(), F_OK) != 0) {
     const bool existed = bIniFileExists;
     bIniFileExists = false;
@@ -132,43 +142,72 @@ bool HasIniFileChanged() {
   return true;
 }
 
-void ReadIniFile() {
+}  // namespace
+
+void UnloadIniFile() {
   const DebugLockHelper lock(*s_DebugLock);
-  if (s_bDeInitCalled.load() || bIniFileBeingRead) return;
-  if (piniData == nullptr) {
-    piniData = new Entries;
-    ftLastIniFileWriteTime = kNoTime;
-  }
-  if (HasIniFileChanged()) bIniFileLoaded = false;
-  if (!bIniFileLoaded) LoadEntries();
+  delete piniData;
+  piniData = nullptr;
+  bIniFileLoaded = false;
+  bIniFileChanged = false;
+}
+
+bool HasIniFileChanged() {
+  bool changed = false;
+  RunSettingsCall("bool HasIniFileChanged()", __LINE__, [&] {
+    const DebugLockHelper lock(*s_DebugLock);
+    changed = TakeWriteTime(IniFilePath());
+  });
+  return changed;
+}
+
+void ReadIniFile() {
+  RunSettingsCall("void ReadIniFile()", __LINE__, [] {
+    const DebugLockHelper lock(*s_DebugLock);
+    if (s_bDeInitCalled.load() || bIniFileBeingRead) return;
+    if (piniData == nullptr) {
+      piniData = new Entries;
+      ftLastIniFileWriteTime = kNoTime;
+    }
+    if (HasIniFileChanged()) bIniFileLoaded = false;
+    if (!bIniFileLoaded) LoadEntries();
+  });
 }
 
 void WriteIniFile() {
-  const DebugLockHelper lock(*s_DebugLock);
-  if (!bIniFileChanged || !bIniFileLoaded) return;
-  const HoldCancellation hold;  // no half written file
-  if (WriteLines()) bIniFileChanged = false;
-  HasIniFileChanged();
+  RunSettingsCall("void WriteIniFile()", __LINE__, [] {
+    const DebugLockHelper lock(*s_DebugLock);
+    if (!bIniFileChanged || !bIniFileLoaded) return;
+    const HoldCancellation hold;  // no half written file
+    if (WriteLines()) bIniFileChanged = false;
+    HasIniFileChanged();
+  });
 }
 
 void UpdateIniFileEntry(tstring& key, tstring& value) {
-  const DebugLockHelper lock(*s_DebugLock);
-  if (piniData == nullptr) ReadIniFile();
-  if (piniData == nullptr) return;  // the module has been stopped
-  const auto [entry, added] = piniData->try_emplace(key, value);
-  if (!added) {
-    if (entry->second == value) return;
-    entry->second = value;
-  }
-  bIniFileChanged = true;
+  RunSettingsCall("void UpdateIniFileEntry(tstring&, tstring&)", __LINE__, [&] {
+    const DebugLockHelper lock(*s_DebugLock);
+    if (piniData == nullptr) ReadIniFile();
+    if (piniData == nullptr) return;  // the module has been stopped
+    const auto [entry, added] = piniData->try_emplace(key, value);
+    if (!added) {
+      if (entry->second == value) return;
+      entry->second = value;
+    }
+    bIniFileChanged = true;
+  });
 }
 
 char const* GetData(char const* key, bool& found) {
-  const DebugLockHelper lock(*s_DebugLock);
+  char const* text = "";
   found = false;
-  if (piniData == nullptr || key == nullptr) return "";
-  const auto entry = piniData->find(key);
-  if (entry == piniData->end()) return "";
-  found = true;
-  return entry->second.c_str();
+  RunSettingsCall("const char* GetData(const char*, bool&)", __LINE__, [&] {
+    const DebugLockHelper lock(*s_DebugLock);
+    if (piniData == nullptr || key == nullptr) return;
+    const auto entry = piniData->find(key);
+    if (entry == piniData->end()) return;
+    text = s_handedOut->insert(entry->second).first->c_str();
+    found = true;
+  });
+  return text;
 }

@@ -11,7 +11,6 @@
 #include <mutex>
 #include <string>
 
-#include "LarkspurCommon/FlagScope.h"
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugIniFile.h"
 #include "LarkspurCommon/debugState.h"
@@ -156,6 +155,7 @@ void InitDebug(void* moduleHandle, char const* moduleName, char const*) {
   static thread_local bool t_starting = false;
   if (t_starting || IsStartedOrStopped()) return;
   const FlagScope starting(t_starting);  // a host's GetModuleFileName may trace
+  const FlagScope inside(t_inSettings);
   Contain(
       [&] {
         if (!s_moduleNamed.load()) {
@@ -177,13 +177,13 @@ void DeInitDebug() {
 }
 
 DebugFilterLevel GetDebugFilterLevel() {
-  RunGuarded("DebugFilterLevel GetDebugFilterLevel()", __LINE__, [] { ReadDebugSettings(); });
+  RunSettingsCall("DebugFilterLevel GetDebugFilterLevel()", __LINE__, [] { ReadDebugSettings(); });
   const WORD level = s_wDebugLevel.load(std::memory_order_relaxed);
   return level <= kHighestLevel ? kOfferedLevels[level] : DFL_OFF;
 }
 
 void SetDebugFilterLevel(DebugFilterLevel level) {
-  RunGuarded("void SetDebugFilterLevel(DebugFilterLevel)", __LINE__, [level] {
+  RunSettingsCall("void SetDebugFilterLevel(DebugFilterLevel)", __LINE__, [level] {
     const DebugLockHelper lock(*s_DebugLock);  // a look at the file must not come in between
     s_wDebugLevel.store(static_cast<WORD>(level), std::memory_order_relaxed);
     WriteDebugSettings();
@@ -192,7 +192,9 @@ void SetDebugFilterLevel(DebugFilterLevel level) {
 
 void SetDebugIdNames(unsigned int firstId, unsigned int count, char const* const* names) {
   if (names == nullptr) return;
-  RunGuarded("void SetDebugIdNames(unsigned int, unsigned int, const char* const*)", __LINE__, [&] {
+  constexpr char kSignature[] =
+      "void SetDebugIdNames(unsigned int, unsigned int, const char* const*)";
+  RunSettingsCall(kSignature, __LINE__, [&] {
     const DebugLockHelper lock(*s_DebugLock);
     ReadIniFile();
     for (unsigned int i = 0; i < count; ++i) {
@@ -209,22 +211,26 @@ void RereadDebugSettings() {
 }
 
 void ReadDebugSettings() {
-  const DebugLockHelper lock(*s_DebugLock);
-  if (s_bDeInitCalled.load()) return;  // there are no entries: the level would seem to be unset
-  const bool named = s_moduleNamed.load();
-  ReadIniFile();
-  ReadFilterLevel();
-  ReadIdBitmap();
-  s_bitmapIsRead = named;
+  RunSettingsCall("void ReadDebugSettings()", __LINE__, [] {
+    const DebugLockHelper lock(*s_DebugLock);
+    if (s_bDeInitCalled.load()) return;  // there are no entries: the level would seem to be unset
+    const bool named = s_moduleNamed.load();
+    ReadIniFile();
+    ReadFilterLevel();
+    ReadIdBitmap();
+    s_bitmapIsRead = named;
+  });
 }
 
 void WriteDebugSettings() {
-  const DebugLockHelper lock(*s_DebugLock);
-  ReadIniFile();
-  UpdateEntry(kLevelKey, unsigned{s_wDebugLevel.load(std::memory_order_relaxed)});
-  if (s_bitmapIsRead) {
-    UpdateEntry(kNameKey, s_szModuleNameA);
-    UpdateEntry(kBitmapKey, FormatIdBitmap());
-  }
-  WriteIniFile();
+  RunSettingsCall("void WriteDebugSettings()", __LINE__, [] {
+    const DebugLockHelper lock(*s_DebugLock);
+    ReadIniFile();
+    UpdateEntry(kLevelKey, unsigned{s_wDebugLevel.load(std::memory_order_relaxed)});
+    if (s_bitmapIsRead) {
+      UpdateEntry(kNameKey, s_szModuleNameA);
+      UpdateEntry(kBitmapKey, FormatIdBitmap());
+    }
+    WriteIniFile();
+  });
 }

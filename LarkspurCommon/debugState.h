@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "LarkspurCommon/Contain.h"
+#include "LarkspurCommon/FlagScope.h"
 #include "platform/Win32Types.h"
 
 // What the trace module's sources share. Trace calls read all of it without a lock.
@@ -58,6 +59,18 @@ void ReportCaught(char const* function, int line);
 template <class Body>
 void RunGuarded(char const* function, int line, Body body) {
   Contain(body, [&] { ReportCaught(function, line); });
+}
+
+// Set while the thread is in a settings call, or in the trace module's own look at the settings.
+extern thread_local bool t_inSettings;
+
+// The body of a settings call. What it throws ends at the thread's outermost one: those inside let
+// it through, so that nothing goes on with settings that were only half looked at.
+template <class Body>
+void RunSettingsCall(char const* function, int line, Body body) {
+  if (t_inSettings) return body();
+  const FlagScope inside(t_inSettings);
+  RunGuarded(function, line, body);
 }
 
 #endif

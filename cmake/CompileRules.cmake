@@ -19,9 +19,10 @@ target_compile_options(corvo_product INTERFACE
   "-ffile-prefix-map=${CMAKE_SOURCE_DIR}=." "-ffile-prefix-map=${CMAKE_BINARY_DIR}=./build")
 if(NOT CORVO_SANITIZERS)  # they find more, and earlier
   target_compile_options(corvo_product INTERFACE
-    -fstack-protector-strong
+    -fstack-protector-strong -fstack-clash-protection
     $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
-  target_link_options(corvo_product INTERFACE -Wl,-z,relro -Wl,-z,now)
+  target_link_options(corvo_product INTERFACE
+    -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,text)
 endif()
 
 if(CORVO_SANITIZERS)

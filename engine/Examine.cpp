@@ -114,15 +114,14 @@ class Examination {
       : m_engine(engine), m_descriptor(descriptor), m_found(found) {}
 
   void Run() {
-    struct statx before;
-    if (!Begin(before)) return;
+    if (!Begin()) return;
     MappedSource source(m_descriptor, m_found);
     LookAround(source);
     m_sealed = m_found.hasRecord && m_engine.IsSignaturePresent(m_found.record);
     if (m_sealed) FindDepartures(source, m_found);
     int error = source.Error();
     if (error == 0 && HoldsDigest() && HoldsAllAudio()) error = Digest(source);
-    if (HasChangedSince(before)) {
+    if (HasChanged()) {
       Conclude(RecordingVerdict::kChanged, "it changed while it was read");
     } else if (error != 0) {
       Conclude(RecordingVerdict::kUnreadable, Text(error));
@@ -137,7 +136,8 @@ class Examination {
     m_found.reason = reason;
   }
 
-  bool Begin(struct statx& status) {
+  bool Begin() {
+    struct statx status;
     if (!file_layer::GetStatus(m_descriptor, status)) {
       Conclude(RecordingVerdict::kUnreadable, Text(errno));
       return false;
@@ -146,7 +146,8 @@ class Examination {
       Conclude(RecordingVerdict::kUnreadable, "it is not a regular file");
       return false;
     }
-    m_found.fileSize = static_cast<LONGLONG>(status.stx_size);
+    m_before = file_layer::MarkOf(status);
+    m_found.fileSize = m_before.size;
     if (m_found.fileSize > kLongestFile) {  // the way through its chunks could take hours
       Conclude(RecordingVerdict::kMalformed, "it is longer than any sealed recording");
       return false;
@@ -210,14 +211,9 @@ class Examination {
     return error;
   }
 
-  bool HasChangedSince(const struct statx& before) const {
+  bool HasChanged() const {
     struct statx now;
-    const auto differ = [](const statx_timestamp& a, const statx_timestamp& b) {
-      return a.tv_sec != b.tv_sec || a.tv_nsec != b.tv_nsec;
-    };
-    return file_layer::GetStatus(m_descriptor, now) &&
-           (now.stx_size != before.stx_size || differ(now.stx_mtime, before.stx_mtime) ||
-            differ(now.stx_ctime, before.stx_ctime));
+    return file_layer::GetStatus(m_descriptor, now) && file_layer::MarkOf(now) != m_before;
   }
 
   void Judge() {
@@ -242,6 +238,7 @@ class Examination {
   VerifyRecording& m_engine;
   int m_descriptor;
   RecordingExamination& m_found;
+  FileMark m_before{};
   WalkRefusal m_refusal;
   bool m_sealed = false;
 };

@@ -5,7 +5,8 @@
 
    Each call is independent and synchronous, runs on the caller's thread and keeps no state. Calls
    for different recordings may run at the same time; calls for the same recording are not
-   coordinated: sealing replaces the file under any other call that reads it. The answer is the
+   coordinated: sealing replaces the file under any other call that reads it, and of two calls that
+   seal it one may find it gone or changed, and fail. The answer is the
    result; the reason of a false goes to the trace (LarkspurCommon/debug.h), failures at identifier
    0x00270002. `pszFileName` is a zero-terminated path of at most 259 bytes; a bare name means a
    file in the directory of the running program, and letter case is ignored where no exact spelling
@@ -22,7 +23,8 @@ extern "C" {
 /* Seals a recording: rewrites it into the fixed G.726 WAVE layout with the SHA-1 digest over that
    layout in its metadata record. True: the recording now carries a seal; a recording that already
    carries one is left as it is. False: the recording is untouched, or (after a failed replacement,
-   named in the trace) sealed and complete under its temporary name.
+   named in the trace) sealed and complete under its temporary name. One that changes while it is
+   being sealed, in size, times or name, is refused and stays as it became.
 
    wCodec: 16 for GSM audio; any other value for a recording with G.726 chunks.
    pStartTime, pEndTime: 64-bit times in units of 100 ns, neither may be null. Their difference is

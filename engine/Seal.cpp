@@ -161,8 +161,8 @@ bool VerifyRecording::CreateSignature(const char* pszFileName, UWORD wCodec, LON
                                       LONGLONG* pEndTime) {
   return RunOperation(kCreateSignature, pszFileName, [&](bool& result) {
     SealedCopy copy(*this);
-    if (!copy.recording.Open(pszFileName, OFM_READ, NLM_BINARY, false, false)) {
-      TraceError(kCreateSignature, copy.recording.DisplayLastError());
+    if (!copy.OpenRecording(pszFileName)) {
+      TraceError(kCreateSignature, copy.error.c_str());
       return;
     }
     if (!GetNAInfo(&copy.record, copy.recording, nullptr)) {
@@ -181,7 +181,7 @@ bool VerifyRecording::CreateSignature(const char* pszFileName, UWORD wCodec, LON
     TemporaryFileOwner owner(copy.temporary);
     ClearSeal(copy.record);
     if (!copy.ProtectTemporary() || !FindAudio(copy, wCodec, *pEndTime) || !CanHoldAudio(copy) ||
-        !WriteSealedFile(copy, pStartTime) || !FlushTemporary(copy)) {
+        !WriteSealedFile(copy, pStartTime) || !FlushTemporary(copy) || !copy.IsUnchanged()) {
       TraceError(kCreateSignature, copy.error.c_str());
       return;
     }

@@ -23,6 +23,27 @@ constexpr DWORD kPauseMilliseconds = 50;
 SealedCopy::SealedCopy(VerifyRecording& owner) : engine(owner), m_yieldTimer(os_clock()) {
 }
 
+bool SealedCopy::OpenRecording(const char* path) {
+  if (recording.Open(path, OFM_READ, NLM_BINARY, false, false) && recording.GetMark(m_opened)) {
+    return true;
+  }
+  error = recording.DisplayLastError();
+  return false;
+}
+
+bool SealedCopy::IsUnchanged() {
+  FileMark open{};
+  FileMark named{};
+  if (!recording.GetMark(open)) {
+    error = recording.DisplayLastError();
+    return false;
+  }
+  const bool isThere = TFileHandler::GetMark(recording.GetPathname(), named);
+  if (isThere && open == m_opened && named == m_opened) return true;
+  error.Format("File \"%s\" has changed while it was being sealed", recording.GetPathname());
+  return false;
+}
+
 bool SealedCopy::OpenTemporary() {
   if (temporary.OpenTempFile(OFM_READWRITE, NLM_BINARY, false, "QRT", ".tmp")) return true;
   error = temporary.DisplayLastError();

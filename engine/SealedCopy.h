@@ -11,6 +11,13 @@ class SealedCopy {
  public:
   explicit SealedCopy(VerifyRecording& owner);
 
+  // Opens the recording. A change from here on shows in IsUnchanged.
+  bool OpenRecording(const char* path);
+
+  // Whether the recording is still the file that was opened, under the same name and in the same
+  // state: what came since would be lost with it.
+  bool IsUnchanged();
+
   // A new file with a free name in the temporary directory.
   bool OpenTemporary();
 
@@ -44,6 +51,7 @@ class SealedCopy {
   bool Digest(unsigned char digest[kDigestSize]);
   bool HasFullLength(LONGLONG length);
 
+  FileMark m_opened{};
   unsigned long m_yieldTimer;
 };
 

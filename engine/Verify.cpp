@@ -6,6 +6,7 @@
 #include "engine/FileWalk.h"
 #include "engine/Operation.h"
 #include "engine/SealedCopy.h"
+#include "platform/HoldCancellation.h"
 
 namespace {
 
@@ -35,6 +36,11 @@ bool StillMatches(SealedCopy& copy, const char* path) {
   return false;
 }
 
+void Discard(TFileHandler& temporary) {
+  const HoldCancellation hold;
+  temporary.Delete();
+}
+
 }  // namespace
 
 bool VerifyRecording::VerifySignature(const char* pszFileName) {
@@ -45,8 +51,8 @@ bool VerifyRecording::VerifySignature(const char* pszFileName) {
              kVerifySignature.signature, pszFileName);
       return;
     }
-    if (!copy.recording.Open(pszFileName, OFM_READ, NLM_BINARY, false, false)) {
-      TraceError(kVerifySignature, copy.recording.DisplayLastError());
+    if (!copy.OpenRecording(pszFileName)) {
+      TraceError(kVerifySignature, copy.error.c_str());
       return;
     }
     if (!GetNAInfo(&copy.record, copy.recording, nullptr)) {
@@ -58,8 +64,13 @@ bool VerifyRecording::VerifySignature(const char* pszFileName) {
       return;
     }
     copy.ProtectTemporary();  // as far as it goes: the copy is thrown away
-    result = StillMatches(copy, pszFileName);
-    copy.temporary.Delete();  // an exception leaves it for the inquiry that follows
+    try {
+      result = StillMatches(copy, pszFileName);
+    } catch (abi::__forced_unwind&) {
+      Discard(copy.temporary);
+      throw;
+    }
+    Discard(copy.temporary);  // an exception leaves it for the inquiry that follows
   });
 }
 

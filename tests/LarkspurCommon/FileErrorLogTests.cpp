@@ -15,8 +15,9 @@ using testing::ElementsAre;
 namespace {
 
 std::string g_program = ScratchPath("bin/testhost");  // empty: the host can't tell
-std::function<bool()> g_logsToFile;                   // the host's answer; null: it doesn't
-std::function<void()> g_scopeEnds;                    // told when the host's scope object goes
+bool g_programThrows;
+std::function<bool()> g_logsToFile;  // the host's answer; null: it doesn't
+std::function<void()> g_scopeEnds;   // told when the host's scope object goes
 const std::string kStamp = "06/11/2026 07:05 - ";
 
 class FileErrorLogTest : public FileHandlerTest {
@@ -52,6 +53,7 @@ extern "C" void GetLocalTime(SYSTEMTIME* local) {
 }
 
 extern "C" DWORD GetModuleFileName(void*, char* buffer, DWORD) {
+  if (g_programThrows) throw 1;
   std::strcpy(buffer, g_program.c_str());
   return static_cast<DWORD>(g_program.size());
 }
@@ -106,4 +108,16 @@ TEST_F(FileErrorLogTest, ProgramFilesAreBesideTheProgram) {
   EXPECT_FALSE(file.Open("x.ini", OFM_WRITE, NLM_BINARY, false, true)) << "made in no directory";
   EXPECT_FALSE(Exists("/program directory unknown"));
   EXPECT_THAT(trace.Texts(0x28, '2'), ElementsAre()) << "as a missing file, no failure";
+}
+
+TEST_F(FileErrorLogTest, AProgramThatIsThrownIsUnknown) {
+  g_programThrows = true;
+  EXPECT_EQ("/program directory unknown/x.ini", GetFullPathRelativeToCorvoPath("x", "ini"));
+  EXPECT_FALSE(file.Open("x.ini", OFM_WRITE, NLM_BINARY, false, true));
+  VMRegistry registry;
+  registry.Init();
+  g_programThrows = false;
+  registry.Init();
+  EXPECT_EQ(ScratchPath("bin"), registry.DBDirectory()) << "no default was stored without it";
+  EXPECT_THAT(trace.Texts(0x25, '2'), testing::SizeIs(testing::Ge(3u)));
 }

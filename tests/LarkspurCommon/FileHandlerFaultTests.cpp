@@ -3,12 +3,14 @@
 #include <cerrno>
 
 #include "FileHandlerTest.h"
+#include "platform/Win32Compat.h"
 
 using namespace corvo_test;
 
 namespace {
 
 char g_buffer[8];
+bool g_countingThrows;
 
 using Operation = bool (*)(TFileHandler&);
 const Operation kReadSome = [](TFileHandler& file) { return file.Read(g_buffer, 8, nullptr); };
@@ -20,6 +22,11 @@ const Operation kMakeEnd = [](TFileHandler& file) {
 };
 
 }  // namespace
+
+extern "C" LONG InterlockedIncrement(LONG* value) {
+  if (g_countingThrows) throw 1;
+  return __atomic_add_fetch(value, 1, __ATOMIC_SEQ_CST);
+}
 
 TEST_F(FileHandlerTest, FailuresAreToldOnceAndRemembered) {
   const struct {
@@ -119,4 +126,35 @@ TEST_F(FileHandlerTest, MovesEmptyTheCacheAndSetTheEnd) {
   }
   EXPECT_TRUE(kMakeEnd(file));
   EXPECT_EQ(105, file.GetCurrentFileSize());
+}
+
+TEST_F(FileHandlerTest, AHandlerThatTheHostCannotCountWorks) {
+  const std::string path = Make("a", "0123456789");
+  trace.Clear();
+  g_countingThrows = true;
+  EXPECT_NO_THROW({
+    TFileHandler uncounted;
+    EXPECT_TRUE(uncounted.Open(path.c_str(), OFM_READ, NLM_BINARY, false, false));
+    EXPECT_TRUE(kReadSome(uncounted));
+  });
+  g_countingThrows = false;
+  EXPECT_EQ(1u, trace.Texts(0x25, '2').size());
+}
+
+TEST_F(FileHandlerTest, AnswersWhatItIsAndWritesFormattedText) {
+  const std::string path = ScratchPath("bin/Formatted.txt");
+  EXPECT_EQ(file.GetCurrentFileSize(), 0);
+  EXPECT_THAT(trace.Texts().back(), testing::HasSubstr("has it has not been opened"));
+  EXPECT_FALSE(file.MoveToPosition(0, 0));
+  SYSTEMTIME time{};
+  EXPECT_FALSE(file.GetCreationTime(time));
+
+  ASSERT_TRUE(file.Open(path.c_str(), OFM_WRITE, NLM_TEXT, true, false));
+  file.WriteFormatString("%s=%d\n", "a", 7);
+  EXPECT_FALSE(file.MoveToPosition(3, 0)) << "there is no such origin";
+  EXPECT_TRUE(file.GetCreationTime(time) && time.wYear >= 2024);
+  tstring name;
+  file.GetName(name);
+  EXPECT_EQ(name, "Formatted.txt");
+  EXPECT_EQ(ReadFile(path), "a=7\r\n");
 }

@@ -28,6 +28,7 @@ TEST_F(RegistryGlobalTest, ThreadsGetOneObjectWhileItsSettingsAreReadAgain) {
         registry.SetRegistryEntry(name, round);
         int stored = -1;
         registry.GetRegistryEntry(name, stored);
+        EXPECT_EQ(stored, round);
         EXPECT_NE(registry.TempDirectory(), "");
       }
     });

@@ -1,6 +1,22 @@
 // The first start and the second one.
 
+#include "LarkspurCommon/AnsiString.h"
 #include "RegistryTest.h"
+#include "platform/HostServices.h"
+
+namespace {
+
+std::vector<std::string> g_started;  // what the host's objects were given
+
+}  // namespace
+
+void TBackupConfigContainer::ReInit(const AnsiString& keyPath) {
+  g_started.push_back(keyPath.c_str());
+}
+
+void TClassOfServiceContainer::ReInit(const AnsiString& keyPath) {
+  g_started.push_back(keyPath.c_str());
+}
 
 namespace corvo_test {
 namespace {
@@ -105,6 +121,24 @@ TEST_F(RegistryStartTest, DirectoryThatCannotBeMadeIsTraced) {
   registry.Init();
   EXPECT_THAT(trace.Texts(0x0B, '2'), ElementsAre("VMRegistry - error 20 creating directory \"" +
                                                   ScratchPath("bin/file/x") + "\""));
+}
+
+// The host's own objects learn of a new start, and where their settings are.
+TEST_F(RegistryStartTest, HostsContainersStartAgainToo) {
+  VMRegistry registry;
+  registry.Init();
+  const std::string root = registry.RegistryBaseDir();
+  g_started.clear();
+  registry.ReInitRegistry();
+  EXPECT_THAT(g_started, ElementsAre());
+  TBackupConfigContainer backup;
+  TClassOfServiceContainer classes;
+  TBackupConfigContainer::global = &backup;
+  TClassOfServiceContainer::global = &classes;
+  registry.ReInitRegistry();
+  TBackupConfigContainer::global = nullptr;
+  TClassOfServiceContainer::global = nullptr;
+  EXPECT_THAT(g_started, ElementsAre(root + "\\BackupConfig", root + "\\ClassOfService"));
 }
 
 }  // namespace

@@ -32,6 +32,7 @@ constexpr DWORD kId = 0x00270002;
 
 std::atomic<long long> g_milliseconds{1'700'000'000'000};
 std::function<bool()> g_open = [] { return true; };  // the host's part in reading
+bool g_directoryThrows = false;
 std::string g_lines;
 
 std::string Path() {
@@ -72,6 +73,13 @@ extern "C" int clock_gettime(clockid_t, timespec* now) noexcept {
   *now = {static_cast<time_t>(g_milliseconds / 1000),
           static_cast<long>(g_milliseconds % 1000) * 1'000'000};
   return 0;
+}
+
+extern "C" const char* CorvoSettingsDirectory() {
+  if (g_directoryThrows) throw 1;
+  static const std::string directory = corvo_test::ScratchPath("etc");
+  corvo_test::MakeDirectory(directory);
+  return directory.c_str();
 }
 
 extern "C" int fopen_s(FILE** file, const char* path, const char* mode) {
@@ -203,5 +211,42 @@ TEST_F(TraceSettings, LevelIsSetWhateverTheHostDoesInFopen) {
     g_open = [] { return true; };
     EXPECT_EQ(ReadFile(Path()), row.canBeRead ? Entries("3") + "Other=1\n" : edited) << row.name;
     EXPECT_EQ(GetDebugFilterLevel(), row.canBeRead ? DFL_NOTICES : DFL_EVERYTHING) << row.name;
+  }
+}
+
+// Each ends in the call, told once to the handler; a trace call whose look at the file fails writes
+// nothing.
+TEST_F(TraceSettings, WhatAHostThrowsEndsInTheCall) {
+  static int told;
+  static const char* const name = "Engine";
+  const struct {
+    const char* name;
+    void (*call)();
+    bool opens;  // the edited file; else the edit has been noted, and the filter is as it was
+  } kRows[] = {
+      {"HasIniFileChanged", [] { HasIniFileChanged(); }, false},
+      {"ReadIniFile", [] { ReadIniFile(); }, true},
+      {"ReadDebugSettings", [] { ReadDebugSettings(); }, true},
+      {"WriteDebugSettings", [] { WriteDebugSettings(); }, true},
+      {"GetDebugFilterLevel", [] { GetDebugFilterLevel(); }, true},
+      {"SetDebugFilterLevel", [] { SetDebugFilterLevel(DFL_NOTICES); }, true},
+      {"SetDebugIdNames", [] { SetDebugIdNames(7, 1, &name); }, true},
+  };
+  for (const auto& row : kRows) {
+    SetUp();
+    Edit(Entries("8"));
+    SetExceptionHandlerCallback([](const char*, const char*, int) { ++told; });
+    told = 0;
+    g_directoryThrows = true;
+    EXPECT_NO_THROW(row.call()) << row.name;
+    g_directoryThrows = false;
+    g_open = []() -> bool { throw 1; };
+    EXPECT_NO_THROW(row.call()) << row.name;
+    EXPECT_EQ(told, row.opens ? 2 : 1) << row.name;
+    g_milliseconds += 3001;
+    EXPECT_EQ(IsDebugEnabled(0x00270001), !row.opens) << row.name;
+    g_open = [] { return true; };
+    SetExceptionHandlerCallback(nullptr);
+    EXPECT_EQ(ReadFile(Path()), Entries("8")) << row.name;
   }
 }

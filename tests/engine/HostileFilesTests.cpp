@@ -1,5 +1,14 @@
 // Malformed recordings through all four functions: answers, never harm. Run under the sanitizers.
 
+#define _TIME_BITS 64  // this test's own times
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
 #include "EngineTest.h"
 
 namespace corvo_test {
@@ -70,6 +79,45 @@ TEST_F(HostileFilesTest, DirectoriesAndOddPathsEndWithAnAnswer) {
     EXPECT_TRUE(GetRecordingProperty(path.c_str(), properties));
   }
   EXPECT_FALSE(VerifySignature(nullptr));
+}
+
+// From 2 GiB on every function refuses to open it, with the system's own error.
+TEST_F(HostileFilesTest, TwoGibibytesAreTooMuchForEachFunction) {
+  const std::string whole = G726Recording(Audio(40));
+  char properties[2048] = "not cleared";
+  Record(whole);
+  std::filesystem::resize_file(m_path, 0x80000000);
+  TraceLog trace;
+  EXPECT_FALSE(Seal() || Verify() || IsSignaturePresent(m_path.c_str()));
+  EXPECT_TRUE(GetRecordingProperty(m_path.c_str(), properties));
+  EXPECT_STREQ(properties, "");
+  const std::string error = std::string("error \"Error 75 (") + std::strerror(EOVERFLOW) +
+                            ") opening file " + m_quoted + "\" has occurred.";
+  EXPECT_EQ(
+      Failures(trace),
+      (std::vector<std::string>{kSealing + error, kAsking + error,
+                                kVerifying + "no signature found within the file " + m_quoted + ".",
+                                kAsking + error}));
+  std::filesystem::resize_file(m_path, whole.size());
+  EXPECT_EQ(Recorded(), whole);
+}
+
+// A time beyond 2038 is one like any other; sealing makes a new file, at the time of now.
+TEST_F(HostileFilesTest, FilesOfTheNextCenturyAreSealedAndVerified) {
+  const auto age = [this] {
+    const timespec times[2] = {{5'000'000'000, 0}, {5'000'000'000, 0}};
+    return ::utimensat(AT_FDCWD, m_path.c_str(), times, 0);
+  };
+  char properties[2048];
+  Record(G726Recording(Audio(40)));
+  ASSERT_EQ(age(), 0);
+  EXPECT_TRUE(Seal());
+  ASSERT_EQ(age(), 0);
+  EXPECT_TRUE(IsSignaturePresent(m_path.c_str()) && Verify());
+  EXPECT_TRUE(GetRecordingProperty(m_path.c_str(), properties));
+  RecordingExamination found;
+  VerifyRecording().Examine(m_path.c_str(), found);
+  EXPECT_EQ(found.verdict, RecordingVerdict::kOk);
 }
 
 }  // namespace

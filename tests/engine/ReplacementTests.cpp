@@ -4,7 +4,10 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <filesystem>
+#include <thread>
 
 #include "EngineTest.h"
 #include "Faults.h"
@@ -15,6 +18,13 @@ namespace {
 class ReplacementTest : public EngineTest {
  protected:
   ReplacementTest() { Record(G726Recording("audio")); }
+
+  // So that a change at once is later, however slowly the file system's clock ticks.
+  void SetOldTime() const {
+    namespace fs = std::filesystem;
+    fs::last_write_time(m_path, fs::last_write_time(m_path) - std::chrono::hours(1));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
 
   // With the temporary file's path shown as TEMPORARY.
   static std::vector<std::string> Masked(std::vector<std::string> lines) {
@@ -91,16 +101,46 @@ TEST_F(ReplacementTest, DiskIsFlushedBeforeAndAfter) {
   }
 }
 
-// The recording vanishes while it is being sealed; its neighbour is another file.
-TEST_F(ReplacementTest, NeighbourThatDiffersInCaseIsLeftAlone) {
+// What came since the recording was opened isn't in the sealed copy: it must not be lost for it.
+TEST_F(ReplacementTest, WhatChangesMeanwhileIsRefusedUntouched) {
   const std::string neighbour = ScratchPath("rec/A.WAV");
-  WriteFile(neighbour, "another recording");
-  {
-    const Fault fault(Call::Fsync, 3, [this] { return RemoveTree(m_path), 0; });
-    EXPECT_TRUE(Seal());
+  const std::string other = ScratchPath("rec/other");
+  const std::string original = Recorded();
+  const struct {
+    const char* name;
+    std::function<void()> change;
+    std::string after;
+  } rows[] = {
+      {"grows", [&] { Record(original + "more"); }, original + "more"},
+      {"shrinks", [&] { Record("short"); }, "short"},
+      {"changes", [&] { Record(With(original, 3000, "x")); }, With(original, 3000, "x")},
+      {"is replaced", [&] { std::filesystem::rename(other, m_path); }, original},
+      {"is renamed and back",
+       [&] {
+         std::filesystem::rename(m_path, other);
+         std::filesystem::rename(other, m_path);
+       },
+       original},
+      {"vanishes", [&] { RemoveTree(m_path); }, ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    Record(original);
+    WriteFile(neighbour, original);  // it differs in case alone
+    WriteFile(other, original);
+    SetOldTime();
+    TraceLog trace;
+    {
+      const Fault fault(Call::Fsync, 3, [&] { return row.change(), 0; });
+      EXPECT_FALSE(Seal());
+    }
+    EXPECT_EQ(Failures(trace),
+              std::vector<std::string>{kSealing + "error \"File " + m_quoted +
+                                       " has changed while it was being sealed\" has occurred."});
+    EXPECT_EQ(Recorded(), row.after);
+    EXPECT_EQ(ReadFile(neighbour), original);
+    EXPECT_TRUE(TemporaryFiles().empty());
   }
-  EXPECT_EQ(ReadFile(neighbour), "another recording");
-  EXPECT_TRUE(Verify());
 }
 
 }  // namespace

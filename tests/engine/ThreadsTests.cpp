@@ -1,9 +1,12 @@
-// Many host threads at once, each with recordings of its own. Run under the thread sanitizer.
+// Many host threads at once, with recordings of their own and with the same one. Run under the
+// thread sanitizer.
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 
 #include "EngineTest.h"
+#include "Faults.h"
 #include "LarkspurCommon/debug.h"
 
 namespace corvo_test {
@@ -42,6 +45,77 @@ TEST_F(ThreadsTest, EightThreadsSealAndVerifyWhileTracing) {
   // Per round: entering, leaving, and at least the two failure lines of the missing recording.
   EXPECT_GE(traced, kThreads * kRounds * 4);
   EXPECT_TRUE(TemporaryFiles().empty());
+}
+
+// Whether a failure line tells where a file of the temporary directory is.
+bool IsNamed(const std::string& name, const TraceLog& trace) {
+  const std::vector<std::string> lines = Failures(trace);
+  return std::any_of(lines.begin(), lines.end(),
+                     [&](const std::string& line) { return line.find(name) != std::string::npos; });
+}
+
+// What holds however sealers of the same recording, none of which lost it, came together: whatever
+// is left in the temporary directory is named, and sealed too.
+void ExpectKept(const std::string& path, bool unchanged, const TraceLog& trace) {
+  EXPECT_EQ(ListDirectory(ScratchPath("rec")), std::vector<std::string>{"a.wav"});
+  EXPECT_TRUE(unchanged || VerifySignature(path.c_str()));
+  for (const std::string& name : TemporaryFiles()) {
+    EXPECT_TRUE(IsNamed(name, trace)) << name;
+    EXPECT_TRUE(VerifySignature((TemporaryDirectory() + "/" + name).c_str()));
+  }
+  EmptyTemporaryDirectory();
+}
+
+// One round: two sealers and a verifier begin together. How many sealers said that it is sealed.
+int SealTwice(const std::string& path) {
+  std::atomic<int> waiting{3};
+  std::atomic<int> sealed{0};
+  const auto meet = [&] {
+    --waiting;
+    while (waiting != 0) std::this_thread::yield();
+  };
+  const auto seal = [&] {
+    long long start = 0, end = 10'000'000;
+    meet();
+    if (CreateSignature(path.c_str(), kG726, &start, &end)) ++sealed;
+  };
+  std::thread one(seal), other(seal);
+  meet();
+  VerifySignature(path.c_str());
+  one.join();
+  other.join();
+  return sealed;
+}
+
+TEST_F(ThreadsTest, TwoSealersOfTheSameRecordingLoseNothing) {
+  for (const bool acrossFileSystems : {false, true}) {
+    const While<bool> moves(g_movesFail, acrossFileSystems);
+    for (int round = 0; round < 150; ++round) {
+      TraceLog trace;
+      const std::string original = G726Recording(Audio(3000));
+      Record(original);
+      const int sealers = SealTwice(m_path);
+      ExpectKept(m_path, sealers == 0 && Recorded() == original, trace);
+    }
+  }
+}
+
+// The other one seals between two of the calls that decide what survives, each pair in turn.
+TEST_F(ThreadsTest, ASealerComesBetweenAnyTwoCallsOfAnother) {
+  for (const bool acrossFileSystems : {false, true}) {
+    const While<bool> moves(g_movesFail, acrossFileSystems);
+    for (int call = 1;; ++call) {
+      SCOPED_TRACE(call);
+      TraceLog trace;
+      Record(G726Recording(Audio(3000)));
+      bool other = false;
+      Fault fault(std::nullopt, call, [&] { return other = Seal(), 0; });
+      const bool sealed = Seal();
+      if (!fault.HasStruck()) break;
+      EXPECT_TRUE(sealed || other);
+      ExpectKept(m_path, false, trace);
+    }
+  }
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// The host services every test program supplies: nothing of the machine's own is read or written.
+// The host services every test program supplies: nothing of the machine's own is read or written. A
+// test program that knows better has its own version of a weak one.
 
 #include <sys/types.h>
 
@@ -8,7 +9,7 @@
 #include "platform/Win32Compat.h"
 #include "support/Scratch.h"
 
-extern "C" const char* CorvoSettingsDirectory() {
+extern "C" [[gnu::weak]] const char* CorvoSettingsDirectory() {
   static const std::string directory = [] {
     std::string path = corvo_test::ScratchPath("etc");
     corvo_test::MakeDirectory(path);
@@ -26,8 +27,7 @@ extern "C" const char* CorvoReleaseMarker() {
   return marker.c_str();
 }
 
-// The program that the library believes it runs in: <scratch>/bin/testhost, unless the test
-// program knows better.
+// The program that the library believes it runs in: <scratch>/bin/testhost.
 extern "C" [[gnu::weak]] DWORD GetModuleFileName(void*, char* buffer, DWORD size) {
   static const std::string program = [] {
     corvo_test::MakeDirectory(corvo_test::ScratchPath("bin"));

@@ -110,6 +110,10 @@ TEST(CorvoArchive, TellsWhatCannotBeVerified) {
       {"corvo verify --through-host-call x.wav long.wav", 0, "2 inputs: 2 ok"},
       {"corvo verify x.wav >/dev/full", 2, "can't be written"},
       {"corvo verify --files-from 'go\nne'", 2, "\\go\\nne: No such file"},
+      {"cp x.wav late.wav && touch -d 2128-06-11 late.wav && corvo verify late.wav", 0, ": OK\n"},
+      {"cp x.wav huge.wav && truncate -s 2G huge.wav && corvo verify huge.wav", 1,
+       "huge.wav: FAILED (malformed: it is longer than any sealed recording)"},
+      {"corvo verify --through-host-call huge.wav late.wav", 1, "2 inputs: 1 ok"},
       // The list never ends: this descriptor could write to it.
       {"mkfifo list && exec 3<>list && yes x.wav | head -20 >&3; timeout 60 $EMULATOR"
        " '" CORVO_COMMAND "' verify --json --files-from list >/dev/full",

@@ -258,6 +258,24 @@ TEST(CorvoCommand, RefusesMetadataThatDoesntFit) {
   });
 }
 
+// Neither files nor directories, nor those that the command keeps for itself.
+TEST(CorvoCommand, DatesBeyond2038AreLikeAnyOther) {
+  Shell("late").Walk({
+      {"mkdir -p in etc && cp $SAMPLES/now-recording.wav in/a.wav && touch etc/corvo_settings.ini "
+       "&&"
+       " corvo settings --dir etc set CfgMaxTime=300 &&"
+       " touch -d 2128-06-11 in/a.wav in etc/corvo_settings.ini etc",
+       0, ""},
+      {"corvo seal in/a.wav && touch -d 2128-06-11 in/a.wav in && corvo verify in/a.wav >log", 0,
+       "in/a.wav: sealed\n"},
+      {"corvo settings --dir etc export etc/corvo_settings.ini --force", 2,
+       "corvo: etc/corvo_settings.ini: is what would be exported\n"},
+      {"corvo settings --dir etc list CfgMaxTime | grep -c 300", 0, "1\n"},
+      {"find $STATE -exec touch -d 2128-06-11 {} + && corvo --home $STATE/corvo verify in >log", 0,
+       ""},
+  });
+}
+
 TEST(CorvoCommand, WritesARecordingWholeOrNotAtAll) {
   Shell("whole").Walk({
       {"cp $SAMPLES/now-recording.g726 in && echo mine >x.wav && ln -s gone dangling.wav", 0, ""},

@@ -17,6 +17,7 @@
 #include "tools/corvo/archive/ArchiveCommands.h"
 #include "tools/corvo/archive/Interruption.h"
 #include "tools/corvo/evidence/EvidenceCommands.h"
+#include "tools/corvo/recovery/RecoveryCommands.h"
 #include "tools/corvo/trust/TrustCommands.h"
 
 namespace corvo {
@@ -35,6 +36,7 @@ Examples:
   corvo inspect call.wav
   corvo report call.wav -o report.html
   corvo manifest archive -o archive.sha256
+  corvo recover /srv/server/tempfiles
   corvo settings --dir /etc list
   corvo trace --dir /etc level 9
 
@@ -206,6 +208,7 @@ void AddCommands(CLI::App& app, Request& request) {
   AddEvidence(app, request.run);
   AddTrust(app, request.run);
   AddSummary(app, request.run);
+  AddRecover(app, request.run);
   AddAdministration(app, request.runAsHost);
 }
 

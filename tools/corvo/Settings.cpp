@@ -2,6 +2,7 @@
 
 #include "tools/corvo/Settings.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,6 +13,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <optional>
 
 #include "LarkspurCommon/Aregistry.h"
 #include "LarkspurCommon/AregistrySettings.h"
@@ -20,6 +22,7 @@
 #include "tools/corvo/HostServices.h"
 #include "tools/corvo/InputError.h"
 #include "tools/corvo/Paths.h"
+#include "tools/corvo/archive/ReadOnly.h"
 
 namespace corvo {
 namespace {
@@ -37,12 +40,9 @@ std::string DirectoryOf(const SettingsPlan& plan) {
 
 // Fails where the store would keep quiet and serve from memory.
 std::unique_ptr<CorvoIniData> Open(const std::string& path) {
-  std::error_code ignored;
-  const bool exists = std::filesystem::exists(path, ignored);
-  if (exists && !std::filesystem::is_regular_file(path, ignored)) {
-    throw InputError(path, "is not a regular file");
-  }
-  if (exists && ::access(path.c_str(), R_OK) != 0) throw InputError(path, std::strerror(errno));
+  const std::optional<FileState> state = StateOf(path);
+  if (state && !S_ISREG(state->mode)) throw InputError(path, "is not a regular file");
+  if (state && ::access(path.c_str(), R_OK) != 0) throw InputError(path, std::strerror(errno));
   return std::make_unique<CorvoIniData>(path.c_str());
 }
 
@@ -230,9 +230,9 @@ Outcome ExportSettings(const SettingsPlan& plan) {
   const std::string source = GroupFile(plan);
   std::map<tstring, tstring> entries = Entries(*Open(source));
   const std::string file = NewFile(plan.file, plan.force);
-  if (std::filesystem::exists(file)) {
-    std::error_code ignored;  // where there is no source, it can't be the same
-    if (std::filesystem::equivalent(file, source, ignored)) {
+  if (const std::optional<FileState> existing = StateOf(file)) {
+    const std::optional<FileState> exportedFrom = StateOf(source);
+    if (exportedFrom && existing->IsFile(*exportedFrom)) {
       throw InputError(plan.file, "is what would be exported");
     }
     std::filesystem::remove(file);
