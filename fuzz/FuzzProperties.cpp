@@ -25,34 +25,14 @@ struct Item {
   std::size_t width;
   Form form = Form::kText;
 };
-constexpr Item kItems[] = {{0, 28},
-                           {28, 4},
-                           {32, 32},
-                           {64, 36},
-                           {750, 32},
-                           {100, 2},
-                           {102, 32},
-                           {134, 32},
-                           {166, 4, Form::kAddress},
-                           {322, 32},
-                           {354, 32},
-                           {170, 32},
-                           {202, 32},
-                           {234, 4, Form::kNumber},
-                           {386, 4, Form::kNumber},
-                           {390, 32},
-                           {422, 32},
-                           {454, 32},
-                           {486, 32},
-                           {518, 32},
-                           {550, 16},
-                           {566, 128},
-                           {694, 16},
-                           {710, 32},
-                           {742, 4, Form::kNumber},
-                           {746, 4, Form::kNumber},
-                           {0, 0, Form::kYes},
-                           {1042, 2048}};
+// clang-format off
+constexpr Item kItems[] = {
+    {0, 28}, {28, 4}, {32, 32}, {64, 36}, {750, 32}, {100, 2}, {102, 32}, {134, 32},
+    {166, 4, Form::kAddress}, {322, 32}, {354, 32}, {170, 32}, {202, 32},
+    {234, 4, Form::kNumber}, {386, 4, Form::kNumber}, {390, 32}, {422, 32}, {454, 32},
+    {486, 32}, {518, 32}, {550, 16}, {566, 128}, {694, 16}, {710, 32},
+    {742, 4, Form::kNumber}, {746, 4, Form::kNumber}, {0, 0, Form::kYes}, {1042, 2048}};
+// clang-format on
 
 std::string TextOf(const Item& item, const std::string& field) {
   const auto byte = [&](std::size_t i) { return unsigned{static_cast<unsigned char>(field[i])}; };
