@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <ctime>
+#include <chrono>
 #include <memory>
 
 #include "engine/CorvoVerifiedRecording.h"
@@ -38,7 +38,9 @@ void Refuse(Leftover& leftover, const std::string& reason) {
 }  // namespace
 
 bool Leftover::IsRecent() const {
-  return state.modified.seconds > ::time(nullptr) - kRecentMinutes * 60;
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  const long long seconds = std::chrono::duration_cast<std::chrono::seconds>(now).count();
+  return state.modified.seconds > seconds - kRecentMinutes * 60;
 }
 
 bool IsLeftoverName(const std::string& path) {

@@ -85,10 +85,11 @@ void WriteAll(const Descriptor& file, const unsigned char* bytes, std::size_t co
 
 // Permissions, and the owner where that may be set.
 void GiveAttributes(const Descriptor& from, const Descriptor& to, const std::string& path) {
-  struct stat status;
-  if (::fstat(from.Number(), &status) != 0) FailWithError(path, errno);
-  if (::fchmod(to.Number(), status.st_mode & 0777) != 0) FailWithError(path, errno);
-  if (::fchown(to.Number(), status.st_uid, status.st_gid) != 0 && errno != EPERM) {
+  struct statx status;
+  constexpr unsigned kWanted = STATX_MODE | STATX_UID | STATX_GID;
+  if (::statx(from.Number(), "", AT_EMPTY_PATH, kWanted, &status) != 0) FailWithError(path, errno);
+  if (::fchmod(to.Number(), status.stx_mode & 0777) != 0) FailWithError(path, errno);
+  if (::fchown(to.Number(), status.stx_uid, status.stx_gid) != 0 && errno != EPERM) {
     FailWithError(path, errno);
   }
 }
