@@ -150,6 +150,7 @@ TEST_F(CorvoRecover, ListsSealingsFilesAloneAndChangesNothing) {
        "1 leftover: 1 comp"});
   EXPECT_EQ(Run("ls -lU --time-style=full-iso tmp").output, before);
 
+  Try({"corvo recover --dir \"$PWD\"'\\TMP'", 1, "/tmp/QRT0123456789abcdef"});
   Run("mv tmp 'new\nline'");
   Try({"corvo recover --dir 'new\nline'", 1, "\\new\\nline/QRT0123456789abcdef"});
   Run("mv new* $(printf '\\377')");

@@ -9,6 +9,7 @@
 #include <iostream>
 #include <vector>
 
+#include "platform/Win32Compat.h"
 #include "tools/corvo/InputError.h"
 #include "tools/corvo/Metadata.h"
 #include "tools/corvo/UtcTime.h"
@@ -39,6 +40,13 @@ struct Counts {
     if (leftover.isRecent) ++recent;
   }
 };
+
+// A server's settings may spell a directory with either separator, and in any letter case.
+std::string SpelledOnDisk(const std::string& directory) {
+  char found[MAX_PATH];
+  if (StateOf(directory) || !FindFileIgnoreCase(found, directory.c_str(), false)) return directory;
+  return found;
+}
 
 // Whatever else stands under such a name isn't from sealing.
 std::vector<std::string> FindPaths(const std::string& directory) {
@@ -143,7 +151,7 @@ bool HasGone(const std::optional<Leftover>& leftover) {
 Outcome ListLeftovers(const LeftoverListPlan& plan) {
   Counts counts;
   Outcome worst = Outcome::kFine;
-  for (const std::string& path : FindPaths(plan.directory)) {
+  for (const std::string& path : FindPaths(SpelledOnDisk(plan.directory))) {
     const std::optional<Leftover> leftover = LookAt(path, plan.olderThan);
     if (HasGone(leftover)) continue;
     counts.Add(*leftover);

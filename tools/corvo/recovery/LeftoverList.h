@@ -8,7 +8,7 @@
 namespace corvo {
 
 struct LeftoverListPlan {
-  std::string directory;
+  std::string directory;    // also as a server's settings spell it
   bool json = false;        // one object a line, and the totals
   long long olderThan = 0;  // seconds; younger files are recent
 };

@@ -125,9 +125,10 @@ void MakeCopy(const Leftover& leftover, const std::string& target) {
 
 // The copy is in place and on disk.
 void RemoveOriginal(const std::string& from) {
-  constexpr char kDoing[] = "its recording is restored, but it can't be removed: ";
-  Require(::unlink(from.c_str()) == 0, from, kDoing);
-  RequireNoError(FlushDirectoryOf(from), from, kDoing);
+  Require(::unlink(from.c_str()) == 0, from,
+          "its recording is restored, but it can't be removed: ");
+  RequireNoError(FlushDirectoryOf(from), from,
+                 "its recording is restored, but it may come back after a power cut: ");
 }
 
 void Put(const Leftover& leftover, const std::string& from, const std::string& target) {
