@@ -2,11 +2,15 @@
 
 #include "tools/corvo/recovery/LeftoverList.h"
 
+#include <dirent.h>
+#include <errno.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <iomanip>
 #include <iostream>
+#include <memory>
 #include <vector>
 
 #include "platform/Win32Compat.h"
@@ -21,8 +25,6 @@
 
 namespace corvo {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr int kNameWidth = 12;
 
@@ -50,15 +52,18 @@ std::string SpelledOnDisk(const std::string& directory) {
 
 // Whatever else stands under such a name isn't from sealing.
 std::vector<std::string> FindPaths(const std::string& directory) {
+  const std::string prefix = directory.back() == '/' ? directory : directory + '/';
+  const std::unique_ptr<DIR, int (*)(DIR*)> opened(::opendir(directory.c_str()), ::closedir);
+  if (opened == nullptr) throw InputError(NameInLine(directory), ErrorText(errno));
   std::vector<std::string> paths;
-  std::error_code error;
-  const fs::directory_iterator end;
-  for (fs::directory_iterator at(directory, error); !error && at != end; at.increment(error)) {
-    std::error_code ignored;
-    const bool isFile = fs::is_regular_file(at->symlink_status(ignored));
-    if (isFile && IsLeftoverName(at->path().native())) paths.push_back(at->path().native());
+  errno = 0;
+  while (const dirent* const entry = ::readdir(opened.get())) {
+    const std::string path = prefix + entry->d_name;
+    const std::optional<FileState> state = StateOfLinkItself(path);
+    if (state && S_ISREG(state->mode) && IsLeftoverName(path)) paths.push_back(path);
+    errno = 0;
   }
-  if (error) throw InputError(NameInLine(directory), error.message());
+  if (errno != 0) throw InputError(NameInLine(directory), ErrorText(errno));
   std::sort(paths.begin(), paths.end());
   return paths;
 }
