@@ -36,13 +36,13 @@ Examples:
   corvo inspect call.wav
   corvo report call.wav -o report.html
   corvo manifest archive -o archive.sha256
-  corvo recover /srv/server/tempfiles
+  corvo recover --dir /var/tmp/corvo
   corvo settings --dir /etc list
   corvo trace --dir /etc level 9
 
-Exit code: 0 all is well; 1 a recording is not sealed or fails, a
-setting is not set; 2 the command line or a file can't be used; 128 and
-its number: a signal ended it.)";
+Exit code: 0 all is well; 1 a recording is not sealed or fails, a crash
+has left something, a setting is not set; 2 the command line or a file
+can't be used; 128 and its number: a signal ended it.)";
 
 template <class Value>
 struct Named {
@@ -208,7 +208,7 @@ void AddCommands(CLI::App& app, Request& request) {
   AddEvidence(app, request.run);
   AddTrust(app, request.run);
   AddSummary(app, request.run);
-  AddRecover(app, request.run);
+  AddRecovery(app, request.run);
   AddAdministration(app, request.runAsHost);
 }
 

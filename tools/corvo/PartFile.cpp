@@ -11,6 +11,7 @@
 #include <random>
 
 #include "platform/Win32Compat.h"
+#include "tools/corvo/Flush.h"
 #include "tools/corvo/InputError.h"
 #include "tools/corvo/archive/Descriptor.h"
 
@@ -19,18 +20,6 @@ namespace corvo {
 namespace {
 
 constexpr int kMostNames = 100;  // that are tried, since some may be taken
-
-// Gives 0, or the error for which a file or directory may not be on disk. Some file systems flush
-// no directories, and say so.
-int Flush(const std::string& path, int flags) {
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags));
-  if (!file.IsOpen()) return errno;
-  return ::fsync(file.Number()) == 0 || errno == EINVAL ? 0 : errno;
-}
-
-std::string DirectoryOf(const std::string& path) {
-  return path.substr(0, path.rfind('/') + 1) + ".";
-}
 
 }  // namespace
 
@@ -59,14 +48,14 @@ PartFile::~PartFile() {
 
 // MoveFile never replaces a file, not even one that has just appeared.
 void PartFile::Publish(bool replace) {
-  if (const int error = Flush(m_path, 0); error != 0) {
+  if (const int error = FlushFile(m_path); error != 0) {
     throw InputError(m_target, std::strerror(error));
   }
   const bool done = replace ? std::rename(m_path.c_str(), m_target.c_str()) == 0
                             : MoveFile(m_path.c_str(), m_target.c_str()) != 0;
   if (!done) throw InputError(m_target, std::strerror(errno));
   m_path.clear();
-  if (const int error = Flush(DirectoryOf(m_target), O_DIRECTORY); error != 0) {
+  if (const int error = FlushDirectoryOf(m_target); error != 0) {
     throw InputError(m_target, std::strerror(error));
   }
 }

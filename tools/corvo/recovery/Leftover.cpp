@@ -1,83 +1,119 @@
-// What the library's temporary directory holds after a crash.
+// Tells what a temporary file is.
+
+#define _TIME_BITS 64  // time beyond 2038
 
 #include "tools/corvo/recovery/Leftover.h"
 
-#include <dirent.h>
-#include <fcntl.h>
+#include <errno.h>
 #include <sys/stat.h>
+#include <time.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <chrono>
-#include <memory>
+#include <cctype>
 
-#include "engine/CorvoVerifiedRecording.h"
 #include "tools/corvo/InputError.h"
+#include "tools/corvo/archive/Check.h"
 #include "tools/corvo/archive/Names.h"
+#include "tools/corvo/archive/Verdicts.h"
 
 namespace corvo {
 namespace {
 
 constexpr char kPrefix[] = "QRT";
 constexpr char kExtension[] = ".tmp";
+constexpr std::size_t kPrefixSize = sizeof kPrefix - 1;
 constexpr std::size_t kDigits = 32;
-constexpr std::size_t kPrefixLength = sizeof kPrefix - 1;
-constexpr std::size_t kNameLength = kPrefixLength + kDigits + sizeof kExtension - 1;
 
-struct CloseDirectory {
-  void operator()(DIR* directory) const { ::closedir(directory); }
-};
-using Directory = std::unique_ptr<DIR, CloseDirectory>;
+bool IsHexDigit(char c) {
+  return std::isxdigit(static_cast<unsigned char>(c)) != 0;
+}
 
-void Refuse(Leftover& leftover, const std::string& reason) {
-  leftover.found = {};
-  leftover.found.verdict = RecordingVerdict::kUnreadable;
-  leftover.found.reason = reason;
+bool IsRecent(const FileState& state, long long seconds) {
+  return seconds != 0 && state.modified.seconds > ::time(nullptr) - seconds;
+}
+
+// A record whose flag alone was damaged holds a digest still.
+bool HoldsSeal(const RecordingExamination& found) {
+  const unsigned char* const digest = found.record.bySignature;
+  return found.hasRecord &&
+         (found.record.dwSigned != 0 ||
+          std::any_of(digest, digest + kDigestSize, [](int byte) { return byte != 0; }));
+}
+
+LeftoverKind KindOf(const RecordingExamination& found) {
+  if (found.verdict == RecordingVerdict::kUnreadable) return LeftoverKind::kUnreadable;
+  if (found.verdict == RecordingVerdict::kOk) return LeftoverKind::kComplete;
+  return HoldsSeal(found) ? LeftoverKind::kDamaged : LeftoverKind::kIncomplete;
+}
+
+// How far a copy got before it was to be sealed.
+std::string Progress(const RecordingExamination& found) {
+  if (found.missingAudio == 0) return "not sealed yet, with all its audio";
+  const std::string there = std::to_string(found.audioSize - found.missingAudio);
+  return "not sealed yet, with " + there + " of " + std::to_string(found.audioSize) +
+         " bytes of audio";
+}
+
+std::string ReasonOf(const Leftover& leftover) {
+  const RecordingExamination& found = leftover.found;
+  if (leftover.kind == LeftoverKind::kComplete) return "sealed and intact: it may be the only copy";
+  if (leftover.kind == LeftoverKind::kUnreadable) return found.reason;
+  const bool isCopy = leftover.kind == LeftoverKind::kIncomplete && found.hasAudio &&
+                      found.verdict == RecordingVerdict::kUnsealed;
+  return isCopy ? Progress(found) : VerdictWord(found.verdict) + (": " + found.reason);
 }
 
 }  // namespace
 
-bool Leftover::IsRecent() const {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  const long long seconds = std::chrono::duration_cast<std::chrono::seconds>(now).count();
-  return state.modified.seconds > seconds - kRecentMinutes * 60;
-}
-
 bool IsLeftoverName(const std::string& path) {
   const std::string name = path.substr(path.rfind('/') + 1);
-  return name.size() == kNameLength && name.compare(0, kPrefixLength, kPrefix) == 0 &&
-         name.compare(kPrefixLength + kDigits, std::string::npos, kExtension) == 0 &&
-         name.find_first_not_of("0123456789abcdefABCDEF", kPrefixLength) == kPrefixLength + kDigits;
+  const std::size_t digits = std::min(name.size(), kPrefixSize + kDigits);
+  return name.compare(0, kPrefixSize, kPrefix) == 0 &&
+         name.compare(digits, std::string::npos, kExtension) == 0 &&
+         std::all_of(name.begin() + kPrefixSize, name.begin() + static_cast<std::ptrdiff_t>(digits),
+                     IsHexDigit);
 }
 
-// A link of such a name isn't the library's.
-Leftover ExamineLeftover(const std::string& path) {
-  Leftover leftover{path, {}, {}};
-  const Descriptor file = OpenReadOnly(path, O_NOFOLLOW);
-  const int error = errno;
-  const auto state = file.IsOpen() ? StateOf(file) : StateOfLinkItself(path);
-  if (state) leftover.state = *state;
-  if (!file.IsOpen()) {
-    Refuse(leftover, ErrorText(error));
-  } else {
-    VerifyRecording().Examine(file.Number(), leftover.found);
-  }
+std::optional<Leftover> LookAt(const std::string& path, long long seconds) {
+  const std::optional<FileState> state = StateOfLinkItself(path);
+  if (!state) return std::nullopt;
+  if (!S_ISREG(state->mode)) throw InputError(NameInLine(path), "is not a regular file");
+  Leftover leftover;
+  leftover.path = path;
+  leftover.state = *state;
+  Check(RecordingFile(path), leftover.found);
+  leftover.kind = KindOf(leftover.found);
+  // What changes while it is read is in use, whatever its clock says.
+  leftover.isRecent =
+      IsRecent(*state, seconds) || leftover.found.verdict == RecordingVerdict::kChanged;
   return leftover;
 }
 
-std::vector<std::string> FindLeftovers(const std::string& directory) {
-  const Directory entries(::opendir(directory.c_str()));
-  if (entries == nullptr) throw InputError(NameInLine(directory), ErrorText(errno));
-  std::vector<std::string> paths;
-  const std::string prefix = directory.back() == '/' ? directory : directory + "/";
-  errno = 0;
-  while (const dirent* const entry = ::readdir(entries.get())) {
-    if (IsLeftoverName(entry->d_name)) paths.push_back(prefix + entry->d_name);
-    errno = 0;
+Leftover LookAtNamed(const std::string& path, long long seconds) {
+  if (!IsLeftoverName(path)) {
+    throw InputError(NameInLine(path), "is no temporary file: its name isn't QRT…tmp");
   }
-  if (errno != 0) throw InputError(NameInLine(directory), ErrorText(errno));
-  std::sort(paths.begin(), paths.end());
-  return paths;
+  std::optional<Leftover> leftover = LookAt(path, seconds);
+  if (!leftover) throw InputError(NameInLine(path), ErrorText(errno));
+  if (leftover->kind == LeftoverKind::kUnreadable) {
+    throw InputError(NameInLine(path), leftover->found.reason);
+  }
+  return *leftover;
+}
+
+void RequireUnchanged(const Leftover& leftover) {
+  if (StateOfLinkItself(leftover.path) == leftover.state) return;
+  throw InputError(NameInLine(leftover.path), "it changed meanwhile");
+}
+
+const char* KindWord(LeftoverKind kind) {
+  constexpr const char* kWords[] = {"complete", "damaged", "incomplete", "unreadable"};
+  return kWords[static_cast<int>(kind)];
+}
+
+std::string Describe(const Leftover& leftover) {
+  return KindWord(leftover.kind) + std::string(leftover.isRecent ? ", recent (" : " (") +
+         ReasonOf(leftover) + ')';
 }
 
 }  // namespace corvo

@@ -1,42 +1,53 @@
 #ifndef TOOLS_CORVO_RECOVERY_LEFTOVER_H
 #define TOOLS_CORVO_RECOVERY_LEFTOVER_H
 
+#include <optional>
 #include <string>
-#include <vector>
 
 #include "engine/Examination.h"
 #include "tools/corvo/archive/ReadOnly.h"
 
 namespace corvo {
 
-// A temporary file of the library: "QRT", 32 hexadecimal digits and ".tmp". Sealing and verifying
-// make one and take it away; what a crash leaves is found here.
-struct Leftover {
-  std::string path;
-  FileState state;
-  RecordingExamination found;
+// Temporary files of sealing and verifying that a crash has left. Sealing deletes a recording only
+// when its temporary file is complete, sealed and on disk: such a file may be the only copy. All
+// others are copies of recordings that are still there.
 
-  // A whole sealed recording, perhaps the only copy of it.
-  bool IsComplete() const { return found.verdict == RecordingVerdict::kOk; }
-  bool IsReadable() const {
-    return found.verdict != RecordingVerdict::kUnreadable &&
-           found.verdict != RecordingVerdict::kChanged;
-  }
-
-  // Written so short a time ago that a server may still be at work on it.
-  bool IsRecent() const;
+enum class LeftoverKind {
+  kComplete,    // a sealed recording, and intact
+  kDamaged,     // it holds a seal, but isn't what was sealed: not to be removed lightly
+  kIncomplete,  // no seal in it yet
+  kUnreadable,
 };
 
-constexpr int kRecentMinutes = 10;
+struct Leftover {
+  std::string path;
+  FileState state;  // before it was examined
+  LeftoverKind kind = LeftoverKind::kUnreadable;
+  bool isRecent = false;  // a server may be writing it, or about to move it
+  RecordingExamination found;
+};
 
-// Whether a path's last part is such a name.
+// Whether the last component of a path is such a file's name: "QRT", 32 hexadecimal digits, ".tmp".
 bool IsLeftoverName(const std::string& path);
 
-// Examines a file of such a name; nothing about it changes. What can't be read is a finding.
-Leftover ExamineLeftover(const std::string& path);
+// Examines a file. One that was last written within `seconds` is recent; with 0 none is. Nothing,
+// with errno set, when there is none of that name; throws InputError when it is no regular file.
+std::optional<Leftover> LookAt(const std::string& path, long long seconds);
 
-// Those in a directory, in bytewise order. Throws InputError when it can't be read.
-std::vector<std::string> FindLeftovers(const std::string& directory);
+// The same for a file that a user named: throws InputError for whatever isn't a leftover that can
+// be read.
+Leftover LookAtNamed(const std::string& path, long long seconds);
+
+// Throws InputError unless the name still leads to the file as it was examined.
+void RequireUnchanged(const Leftover& leftover);
+
+// "complete", "damaged", "incomplete", "unreadable"
+const char* KindWord(LeftoverKind kind);
+
+// The word, whether it is recent, and the reason, such as
+// "incomplete, recent (malformed: it is no WAVE file)".
+std::string Describe(const Leftover& leftover);
 
 }  // namespace corvo
 

@@ -7,10 +7,16 @@
 
 namespace corvo {
 
-// Lists what a crash has left in a temporary directory, with whose each complete recording is. As
-// JSON: one object a line. kFine: nothing; kRefused: something; kBadInput: something that can't be
-// read. Throws InputError when the directory can't be.
-Outcome ListLeftovers(const std::string& directory, bool json);
+struct LeftoverListPlan {
+  std::string directory;    // also as a server's settings spell it
+  bool json = false;        // one object a line, and the totals
+  long long olderThan = 0;  // seconds; younger files are recent
+};
+
+// Prints what stands in a temporary directory, in bytewise order of the names, and changes nothing.
+// kFine: nothing that wants attention; what is recent and incomplete doesn't, since a server makes
+// such files all the time. Throws InputError where the directory can't be read.
+Outcome ListLeftovers(const LeftoverListPlan& plan);
 
 }  // namespace corvo
 

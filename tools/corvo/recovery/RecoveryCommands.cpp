@@ -1,83 +1,91 @@
-// The command line of corvo recover.
+// The command line of recover.
 
 #include "tools/corvo/recovery/RecoveryCommands.h"
 
-#include <iostream>
 #include <memory>
 
-#include "tools/corvo/archive/Names.h"
+#include "tools/corvo/InputError.h"
+#include "tools/corvo/Times.h"
 #include "tools/corvo/archive/Options.h"
 #include "tools/corvo/recovery/LeftoverList.h"
-#include "tools/corvo/recovery/Recover.h"
+#include "tools/corvo/recovery/Removal.h"
+#include "tools/corvo/recovery/Restoration.h"
 
 namespace corvo {
 namespace {
 
+using Run = std::function<Outcome()>;
+
 constexpr char kFooter[] = R"(
-Lists what is left in a server's temporary directory, and changes nothing.
-With --to, --same-as or --remove it deals with one file of it. A complete
-recording may be the only copy: docs/recovery.md tells what to do.)";
+A crash while a recording is sealed may leave it, complete and sealed, as a
+file QRT….tmp in the server's temporary directory, and nowhere else.
+docs/recovery.md tells what to do, step by step.)";
 
 struct RecoveryPlan {
-  std::string path;
-  std::string restored;   // the recording to restore
-  std::string duplicate;  // the recording that is the same
-  bool remove = false;
-  bool json = false;
+  LeftoverListPlan list;
+  RestorationPlan restoration;
+  RemovalPlan removal;
+  std::string olderThan = "1h";
 };
 
-Outcome Say(const std::string& name, const std::string& text) {
-  std::cout << NameInLine(name) << ": " << text << '\n';
-  return Outcome::kFine;
+// In seconds, rounded up.
+long long ReadAge(const std::string& text) {
+  try {
+    const long long ticks = ParseDuration(text);
+    return ticks / kTicksPerSecond + (ticks % kTicksPerSecond != 0 ? 1 : 0);
+  } catch (const InputError& error) {
+    throw CLI::ValidationError("--older-than", "\"" + text + "\" is " + error.what());
+  }
 }
 
-Outcome Recover(const RecoveryPlan& plan) {
-  if (!plan.restored.empty()) {
-    RestoreLeftover(plan.path, plan.restored);
-    return Say(plan.restored, "restored");
-  }
-  if (!plan.duplicate.empty() || plan.remove) {
-    plan.remove ? RemoveLeftover(plan.path) : RemoveDuplicate(plan.path, plan.duplicate);
-    return Say(plan.path, "removed");
-  }
-  return ListLeftovers(plan.path, plan.json);
+// The age holds for whichever is asked for.
+Run ChooseRun(const std::shared_ptr<RecoveryPlan>& plan) {
+  const long long age = ReadAge(plan->olderThan);
+  plan->list.olderThan = plan->restoration.olderThan = plan->removal.olderThan = age;
+  if (!plan->list.directory.empty()) return [plan] { return ListLeftovers(plan->list); };
+  if (!plan->restoration.file.empty()) return [plan] { return Restore(plan->restoration); };
+  if (!plan->removal.files.empty()) return [plan] { return Remove(plan->removal); };
+  throw CLI::RequiredError("--dir, --restore or --remove");
+}
+
+CLI::Option* AddPath(CLI::App& command, const char* name, std::string& path, const char* type,
+                     const char* help) {
+  return command.add_option(name, path, help)->check(NotEmpty())->type_name(type);
 }
 
 }  // namespace
 
-void AddRecover(CLI::App& app, std::function<Outcome()>& run) {
+void AddRecovery(CLI::App& app, Run& run) {
   const auto plan = std::make_shared<RecoveryPlan>();
   CLI::App& command =
-      *app.add_subcommand("recover", "List, restore or remove what a crash has left");
-  command
-      .add_option("path", plan->path,
-                  "The temporary directory, or one of the files in it that\nare named QRT….tmp")
-      ->required()
-      ->check(NotEmpty())
-      ->type_name("DIR|FILE");
-  CLI::Option* const restored =
-      command
-          .add_option("--to", plan->restored,
-                      "Restore the complete recording in FILE under this\nname, which must be free")
-          ->check(NotEmpty())
-          ->type_name("RECORDING");
-  CLI::Option* const duplicate =
-      command
-          .add_option("--same-as", plan->duplicate,
-                      "Remove FILE, since this recording is the same, byte for\nbyte")
-          ->check(NotEmpty())
-          ->type_name("RECORDING")
-          ->excludes(restored);
+      *app.add_subcommand("recover", "Find and put back recordings that a crash has left");
+  CLI::Option* const list = AddPath(command, "--dir", plan->list.directory, "DIR",
+                                    "List what is left in this temporary directory");
+  command.add_flag("--json", plan->list.json, "One JSON object a line instead of text")
+      ->needs(list);
+  CLI::Option* const restore = AddPath(command, "--restore", plan->restoration.file, "FILE",
+                                       "Give a complete recording its name back")
+                                   ->excludes(list);
+  CLI::Option* const target = AddPath(command, "--to", plan->restoration.target, "PATH",
+                                      "That name. No file is ever replaced")
+                                  ->needs(restore);
+  restore->needs(target);
   CLI::Option* const remove =
-      command.add_flag("--remove", plan->remove, "Remove FILE, which is incomplete")
-          ->excludes(restored)
-          ->excludes(duplicate);
-  command.add_flag("--json", plan->json, "One JSON object a line")
-      ->excludes(restored)
-      ->excludes(duplicate)
-      ->excludes(remove);
+      command.add_option("--remove", plan->removal.files, "Remove incomplete files")
+          ->check(NotEmpty())
+          ->type_name("FILE")
+          ->excludes(list)
+          ->excludes(restore);
+  AddPath(command, "--sealed-as", plan->removal.sealedAs, "PATH",
+          "Also those that hold the seal of this intact recording")
+      ->needs(remove);
+  command
+      .add_option("--older-than", plan->olderThan,
+                  "Younger files may be in a server's hands: they are left\n"
+                  "alone. By default 1h")
+      ->type_name("DURATION");
   command.footer(kFooter);
-  command.callback([plan, &run] { run = [plan] { return Recover(*plan); }; });
+  command.callback([plan, &run] { run = ChooseRun(plan); });
 }
 
 }  // namespace corvo

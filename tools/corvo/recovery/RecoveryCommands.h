@@ -8,8 +8,8 @@
 
 namespace corvo {
 
-// Adds the command for after a crash, which sets `run` when it is named.
-void AddRecover(CLI::App& app, std::function<Outcome()>& run);
+// Adds the command for what a crash has left. It sets `run`.
+void AddRecovery(CLI::App& app, std::function<Outcome()>& run);
 
 }  // namespace corvo
 
