@@ -20,6 +20,8 @@ constexpr char kPrograms[] = "SAMPLES='" CORVO_SAMPLES "' EMULATOR='" CORVO_EMUL
 }  // namespace
 
 Shell::Shell(const std::string& name) : m_directory(ScratchPath(name)) {
+  RemoveTree(m_directory);  // of another test with that name
+  RemoveTree(m_directory + ".state");
   MakeDirectory(m_directory);
 }
 
