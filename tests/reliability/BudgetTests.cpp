@@ -105,7 +105,7 @@ class Meter : public FileCallObserver {
   std::size_t m_before;
 };
 
-constexpr std::size_t kLength = 4 * kMebibyte;
+constexpr std::size_t kLength = 2 * kMebibyte;
 constexpr std::size_t kMostCalls =
     2 * (2 * kLength + 16 * kMebibyte) / 1000;             // no steps of a few bytes
 constexpr std::size_t kMostSpace = 3170 + 16 * kMebibyte;  // beyond the recording's own length
