@@ -57,7 +57,7 @@ class DiskEntry {
  public:
   explicit DiskEntry(const char* path)
       : m_found(path), m_isThere(m_found.Exists() && GetStatus(m_found.Text(), m_status)) {
-    if (m_found.Exists() && !m_isThere) m_error = errno;
+    if (m_found.Exists() && !m_isThere && errno != ENOENT) m_error = errno;
   }
 
   const char* Path() const { return m_found.Text(); }

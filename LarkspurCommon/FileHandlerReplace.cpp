@@ -29,7 +29,7 @@ std::string WithLineEnds(const char* text) {
 
 bool CannotBeReserved(int error) {
   return error == EOPNOTSUPP || error == ENOSYS || error == EINVAL || error == ENODEV ||
-         error == ESPIPE;
+         error == ESPIPE || error == EPERM;
 }
 
 // Takes the blocks that a longer file needs, so that what is written over it finds room. Where the

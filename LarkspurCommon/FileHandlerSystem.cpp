@@ -17,9 +17,11 @@ bool CannotBeFlushed(int error) {
   return error == EINVAL || error == EROFS || error == ENOTSUP;
 }
 
+// Beyond the year 2262 it wraps: marks are only compared.
 LONGLONG Nanoseconds(const statx_timestamp& time) {
-  constexpr LONGLONG kPerSecond = 1'000'000'000;
-  return time.tv_sec * kPerSecond + time.tv_nsec;
+  constexpr unsigned long long kPerSecond = 1'000'000'000;
+  return static_cast<LONGLONG>(static_cast<unsigned long long>(time.tv_sec) * kPerSecond +
+                               time.tv_nsec);
 }
 
 }  // namespace

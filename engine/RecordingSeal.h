@@ -24,7 +24,7 @@ extern "C" {
    layout in its metadata record. True: the recording now carries a seal; a recording that already
    carries one is left as it is. False: the recording is untouched, or (after a failed replacement,
    named in the trace) sealed and complete under its temporary name. One that changes while it is
-   being sealed, in size, times or name, is refused and stays as it became.
+   being sealed, in size, times, attributes or names (links too), is refused and stays as it became.
 
    wCodec: 16 for GSM audio; any other value for a recording with G.726 chunks.
    pStartTime, pEndTime: 64-bit times in units of 100 ns, neither may be null. Their difference is

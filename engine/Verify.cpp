@@ -63,8 +63,8 @@ bool VerifyRecording::VerifySignature(const char* pszFileName) {
       TraceError(kVerifySignature, copy.error.c_str());
       return;
     }
-    copy.ProtectTemporary();  // as far as it goes: the copy is thrown away
     try {
+      copy.ProtectTemporary();  // as far as it goes: the copy is thrown away
       result = StillMatches(copy, pszFileName);
     } catch (abi::__forced_unwind&) {
       Discard(copy.temporary);

@@ -119,6 +119,8 @@ TEST_F(CorvoRecover, TellsWhatEachFileIs) {
       {With(m_sealed, 3200, "\1\2"), "damaged", "broken", "damaged (broken: its digest is not"},
       {m_sealed.substr(0, 3190), "damaged", "malformed", "damaged (malformed: it lacks 20 of"},
       {With(m_sealed, 298, std::string(1, '\0')), "damaged", "unsealed", "damaged (unsealed: "},
+      {With(m_sealed, 52, "X"), "damaged", "malformed", "damaged (malformed: it has no"},
+      {With(m_sealed, 0, "X"), "damaged", "malformed", "damaged (malformed: it is no WAVE"},
       {unsealed, "incomplete", "unsealed", "incomplete (not sealed yet, with all its audio)"},
       {unsealed.substr(0, 3180), "incomplete", "unsealed", "with 10 of 40 bytes of audio)"},
       {std::string(3210, '\0'), "incomplete", "malformed", "incomplete (malformed: it is no WAVE"},

@@ -7,10 +7,12 @@
 #include <errno.h>
 #include <sys/stat.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
 
+#include "platform/Uninterrupted.h"
 #include "tools/corvo/InputError.h"
 #include "tools/corvo/archive/Check.h"
 #include "tools/corvo/archive/Names.h"
@@ -40,10 +42,21 @@ bool HoldsSeal(const RecordingExamination& found) {
           std::any_of(digest, digest + kDigestSize, [](int byte) { return byte != 0; }));
 }
 
-LeftoverKind KindOf(const RecordingExamination& found) {
+// Where the way to the record is damaged, the seal still stands where sealing writes it. What
+// can't be read counts as one.
+bool HoldsSealInPlace(const Descriptor& file) {
+  constexpr off_t kSealOffset = 298;
+  unsigned char seal[4 + kDigestSize];
+  const ssize_t got =
+      Uninterrupted([&] { return ::pread(file.Number(), seal, sizeof seal, kSealOffset); });
+  return got < 0 || std::any_of(seal, seal + got, [](int byte) { return byte != 0; });
+}
+
+LeftoverKind KindOf(const RecordingExamination& found, const Descriptor& file) {
   if (found.verdict == RecordingVerdict::kUnreadable) return LeftoverKind::kUnreadable;
   if (found.verdict == RecordingVerdict::kOk) return LeftoverKind::kComplete;
-  return HoldsSeal(found) ? LeftoverKind::kDamaged : LeftoverKind::kIncomplete;
+  const bool holdsSeal = found.hasRecord ? HoldsSeal(found) : HoldsSealInPlace(file);
+  return holdsSeal ? LeftoverKind::kDamaged : LeftoverKind::kIncomplete;
 }
 
 // How far a copy got before it was to be sealed.
@@ -81,8 +94,9 @@ std::optional<Leftover> LookAt(const std::string& path, long long seconds) {
   Leftover leftover;
   leftover.path = path;
   leftover.state = *state;
-  Check(RecordingFile(path), leftover.found);
-  leftover.kind = KindOf(leftover.found);
+  const RecordingFile file(path);
+  Check(file, leftover.found);
+  leftover.kind = KindOf(leftover.found, file.File());
   // What changes while it is read is in use, whatever its clock says.
   leftover.isRecent =
       IsRecent(*state, seconds) || leftover.found.verdict == RecordingVerdict::kChanged;

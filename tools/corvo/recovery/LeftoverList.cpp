@@ -59,8 +59,11 @@ std::vector<std::string> FindPaths(const std::string& directory) {
   errno = 0;
   while (const dirent* const entry = ::readdir(opened.get())) {
     const std::string path = prefix + entry->d_name;
-    const std::optional<FileState> state = StateOfLinkItself(path);
-    if (state && S_ISREG(state->mode) && IsLeftoverName(path)) paths.push_back(path);
+    if (IsLeftoverName(path)) {
+      const std::optional<FileState> state = StateOfLinkItself(path);
+      if (!state && errno != ENOENT) throw InputError(NameInLine(path), ErrorText(errno));
+      if (state && S_ISREG(state->mode)) paths.push_back(path);
+    }
     errno = 0;
   }
   if (errno != 0) throw InputError(NameInLine(directory), ErrorText(errno));
@@ -141,7 +144,7 @@ void PrintJson(const Counts& counts) {
 
 Outcome OutcomeOf(const Leftover& leftover) {
   if (leftover.kind == LeftoverKind::kUnreadable) return Outcome::kBadInput;
-  const bool isWork = leftover.isRecent && leftover.kind != LeftoverKind::kComplete;
+  const bool isWork = leftover.isRecent && leftover.kind == LeftoverKind::kIncomplete;
   return isWork ? Outcome::kFine : Outcome::kRefused;
 }
 
