@@ -121,7 +121,10 @@ class Examination {
     if (m_sealed) FindDepartures(source, m_found);
     int error = source.Error();
     if (error == 0 && HoldsDigest() && HoldsAllAudio()) error = Digest(source);
-    if (HasChanged()) {
+    struct statx after;
+    if (!file_layer::GetStatus(m_descriptor, after)) {
+      Conclude(RecordingVerdict::kUnreadable, Text(errno));
+    } else if (file_layer::MarkOf(after) != m_before) {
       Conclude(RecordingVerdict::kChanged, "it changed while it was read");
     } else if (error != 0) {
       Conclude(RecordingVerdict::kUnreadable, Text(error));
@@ -209,11 +212,6 @@ class Examination {
                         m_found.audioSize, m_found.computedDigest);
     m_found.hasDigest = error == 0;
     return error;
-  }
-
-  bool HasChanged() const {
-    struct statx now;
-    return file_layer::GetStatus(m_descriptor, now) && file_layer::MarkOf(now) != m_before;
   }
 
   void Judge() {
