@@ -3,13 +3,12 @@
 
 #include <string>
 
-// A file of lines that is rewritten in place must not be cut first: until the new lines stand, a
-// full disk or a crash would leave none. So the new text is written over the old one, as long as
-// that, before the file is cut: line ends take the place of what is to go, and empty lines mean
-// nothing to whoever reads the file meanwhile.
-inline std::string& PadWithLineEnds(std::string& text, std::size_t size) {
-  if (text.size() < size) text.resize(size, '\n');
-  return text;
-}
+// Gives a file of lines, open for writing, other lines in the place of what it holds. It isn't cut
+// first: until the new lines stand, a full disk or a crash would leave none. So the new text is
+// written over the old one, as long as that, before the file is cut: line ends take the place of
+// what is to go, and empty lines mean nothing to whoever reads the file meanwhile. False, and
+// errno: it couldn't all be done; where the disk was full, the file is as it was. The descriptor's
+// position isn't used. Throws std::bad_alloc.
+bool ReplaceInPlace(int descriptor, std::string text);
 
 #endif

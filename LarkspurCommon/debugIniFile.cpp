@@ -106,26 +106,15 @@ std::string AllLines() {
   return lines;
 }
 
-// What the file holds is written over, and cut only then.
-bool Replace(std::FILE* file, std::string lines) {
-  struct statx status;
-  const int descriptor = ::fileno(file);
-  if (::statx(descriptor, "", AT_EMPTY_PATH, STATX_SIZE, &status) != 0) return false;
-  const std::size_t size = lines.size();
-  PadWithLineEnds(lines, static_cast<std::size_t>(status.stx_size));
-  return std::fwrite(lines.data(), 1, lines.size(), file) == lines.size() &&
-         std::fflush(file) == 0 &&
-         (lines.size() == size || ::ftruncate(descriptor, static_cast<off_t>(size)) == 0);
-}
-
 bool WriteLines() {
   File file = OpenIniFile(bIniFileExists ? "r+" : "w");
   if (file == nullptr || piniData == nullptr) return false;
-  const bool replaced = Replace(file.get(), AllLines());
+  const bool replaced = ReplaceInPlace(::fileno(file.get()), AllLines());
   return std::fclose(file.release()) == 0 && replaced;
 }
 
-// Whether the file has come, gone or changed since it was last looked at.
+// Whether the file has come, gone or changed since it was last looked at; what can't be told
+// unchanged counts as changed.
 bool TakeWriteTime(std::string const& path) {
   if (::access(path.c_str(), F_OK) != 0) {
     const bool existed = bIniFileExists;
@@ -135,9 +124,9 @@ bool TakeWriteTime(std::string const& path) {
   }
   bIniFileExists = true;
   struct statx status;
-  if (::statx(AT_FDCWD, path.c_str(), 0, STATX_MTIME, &status) != 0) return false;
-  const long long writeTime = status.stx_mtime.tv_sec;
-  if (writeTime == ftLastIniFileWriteTime) return false;
+  const bool known = ::statx(AT_FDCWD, path.c_str(), 0, STATX_MTIME, &status) == 0;
+  const long long writeTime = known ? status.stx_mtime.tv_sec : kNoTime;
+  if (known && writeTime == ftLastIniFileWriteTime) return false;
   ftLastIniFileWriteTime = writeTime;
   return true;
 }
