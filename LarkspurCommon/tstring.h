@@ -141,7 +141,7 @@ class CORVO_API tstring : public std::string {
 
   // Nothing that goes wrong is thrown. A null format changes nothing and isn't reported; a format
   // that the C library refuses is traced and makes the (appended) text empty. Without memory for
-  // the whole text its first 511 bytes are kept, or else the old text: that is traced too.
+  // the whole text its first 4095 bytes are kept, or else the old text: that is traced too.
   tstring& Format(char const* format, ...) TSTRING_PRINTF(2, 3);
   tstring& FormatV(char const* format, va_list args) TSTRING_PRINTF(2, 0);
   tstring& AppendFormat(char const* format, ...) TSTRING_PRINTF(2, 3);

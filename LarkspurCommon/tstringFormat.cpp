@@ -25,10 +25,10 @@ __attribute__((format(printf, 3, 0))) int PrintPass(char* out, std::size_t size,
 // Sets `out` to the formatted text only after the last pass, as arguments may point into it: to
 // what the first pass made of it when the memory for a second is refused, which is thrown on. A
 // negative result is vsnprintf's refusal. Nearly all texts fit the first pass; longer ones get the
-// exact size, since counting overflow is slow.
+// exact size, since counting overflow costs microseconds for each kilobyte.
 __attribute__((format(printf, 2, 0))) int PrintText(std::string& out, char const* format,
                                                     va_list args) {
-  char shortText[512];
+  char shortText[4096];
   const int length = PrintPass(shortText, sizeof shortText, format, args);
   if (length < 0) return length;
   const auto size = static_cast<std::size_t>(length);
