@@ -12,6 +12,7 @@
 #include "LarkspurCommon/FileHandler.h"
 #include "LarkspurCommon/FileHandlerBoundary.h"
 #include "LarkspurCommon/FileHandlerSystem.h"
+#include "LarkspurCommon/LinePart.h"
 #include "platform/Uninterrupted.h"
 
 using namespace file_layer;
@@ -25,16 +26,6 @@ bool IsLineEnd(char ch) {
   return ch == '\r' || ch == '\n';
 }
 
-// The length of what comes up to and including the first CR or LF: all of it when there is none.
-DWORD LinePartLength(const char* text, DWORD size) {
-  for (const char end : {'\n', '\r'}) {
-    if (const void* found = std::memchr(text, end, size)) {
-      size = static_cast<DWORD>(static_cast<const char*>(found) - text) + 1;
-    }
-  }
-  return size;
-}
-
 // A line on its way into the caller's buffer, whose last place it leaves to the terminator.
 class Line {
  public:
@@ -45,11 +36,12 @@ class Line {
 
   // Takes what belongs to the line from the front of `bytes`: how many, perhaps none.
   DWORD Take(const char* bytes, DWORD size) {
-    if (m_length > 0 && IsLineEnd(m_text[m_length - 1])) return TakeSecondLineEnd(*bytes);
-    const DWORD part = LinePartLength(bytes, std::min(size, m_room - m_length));
-    std::memcpy(m_text + m_length, bytes, part);
+    if (HasLineEnd()) return TakeSecondLineEnd(*bytes);
+    const auto part = static_cast<DWORD>(
+        CopyLinePart(m_text + m_length, bytes, std::min(size, m_room - m_length)));
     m_length += part;
-    return part;
+    if (part == size || m_length == m_room || !HasLineEnd()) return part;
+    return part + TakeSecondLineEnd(bytes[part]);
   }
 
   // The length, with the line end, of one character or two, made one LF.
@@ -63,6 +55,8 @@ class Line {
   }
 
  private:
+  bool HasLineEnd() const { return m_length > 0 && IsLineEnd(m_text[m_length - 1]); }
+
   // The line ends before `next`, unless that makes a pair with the line end before it.
   DWORD TakeSecondLineEnd(char next) {
     m_ended = true;

@@ -1,12 +1,14 @@
 // The filter: which trace identifiers are wanted, and when the settings are looked at again.
 
+// The clock fails after 2038 with a 32-bit time_t. Nothing here passes one on.
+#define _TIME_BITS 64
+
+#include <time.h>
+
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugState.h"
 
-std::atomic<WORD> s_wDebugLevel{5};
-std::array<std::atomic<unsigned char>, 16> s_DebugIdBitmap{{{0xFF}}};
-std::atomic<bool> s_bInitialised{false};
-std::atomic<bool> s_bDeInitCalled{false};
+FilterState s_filter;
 thread_local bool t_inSettings = false;
 
 namespace {
@@ -15,23 +17,41 @@ constexpr DWORD kRereadInterval = 3000;  // milliseconds
 constexpr DWORD kAny = 0xFFFF;           // as an ID or as a level
 constexpr DWORD kLastId = 127;
 
+// Wall-clock milliseconds, cut to 32 bits, in steps of a few milliseconds: cheap.
+DWORD TraceClock() {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME_COARSE, &now);
+  return static_cast<DWORD>(now.tv_sec) * 1000U + static_cast<DWORD>(now.tv_nsec) / 1000000U;
+}
+
+bool IsLookDue(DWORD now, DWORD last) {
+  return now - last > kRereadInterval;
+}
+
 // Whether the calling thread is the one to look at the settings file now. The others go on with
 // the filter as it is.
 bool ClaimReread() {
-  static std::atomic<DWORD> dwLastUpdateTime{0};
   const DWORD now = TraceClock();
   DWORD last = dwLastUpdateTime.load(std::memory_order_relaxed);
-  if (now - last <= kRereadInterval) return false;
-  return dwLastUpdateTime.compare_exchange_strong(last, now, std::memory_order_relaxed);
+  return IsLookDue(now, last) &&
+         dwLastUpdateTime.compare_exchange_strong(last, now, std::memory_order_relaxed);
 }
 
-void LookAtSettings() {
-  if (!s_bInitialised.load(std::memory_order_acquire)) {
-    InitDebug(nullptr, nullptr, nullptr);
-  } else if (ClaimReread()) {
-    const FlagScope inside(t_inSettings);  // a look that fails decides the answer
-    RereadDebugSettings();
-  }
+// False: something threw. A look that fails decides the answer.
+[[gnu::noinline]] bool LookAtSettings() {
+  const KeepErrno keep;
+  bool looked = true;
+  Contain(
+      [] {
+        if (!s_bInitialised.load(std::memory_order_acquire)) {
+          InitDebug(nullptr, nullptr, nullptr);
+        } else if (ClaimReread()) {
+          const FlagScope inside(t_inSettings);
+          RereadDebugSettings();
+        }
+      },
+      [&] { looked = false; });
+  return looked;
 }
 
 bool PassesFilter(DWORD id) {
@@ -48,8 +68,7 @@ bool PassesFilter(DWORD id) {
 }  // namespace
 
 bool IsDebugEnabled(DWORD id) {
-  const KeepErrno keep;
-  bool looked = true;
-  Contain(LookAtSettings, [&] { looked = false; });
-  return looked && PassesFilter(id);
+  const bool isCurrent = s_bInitialised.load(std::memory_order_acquire) &&
+                         !IsLookDue(TraceClock(), dwLastUpdateTime.load(std::memory_order_relaxed));
+  return (isCurrent || LookAtSettings()) && PassesFilter(id);
 }

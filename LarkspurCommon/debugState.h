@@ -13,12 +13,23 @@
 
 constexpr DWORD kUnconditional = 0x0000FFFF;
 
-// The filter, written by the settings half of the module under its lock. A reader may see a bitmap
-// half updated: that only decides which lines pass at that moment.
-extern std::atomic<WORD> s_wDebugLevel;                             // 0 to 9
-extern std::array<std::atomic<unsigned char>, 16> s_DebugIdBitmap;  // bit n % 8 of byte n / 8
-extern std::atomic<bool> s_bInitialised;
-extern std::atomic<bool> s_bDeInitCalled;
+// All that a disabled trace call reads, in one cache line. The filter is written by the settings
+// half of the module under its lock. A reader may see a bitmap half updated: that only decides
+// which lines pass at that moment.
+struct alignas(64) FilterState {
+  std::atomic<bool> initialised{false};
+  std::atomic<bool> stopped{false};
+  std::atomic<WORD> level{5};            // 0 to 9
+  std::atomic<DWORD> lastUpdateTime{0};  // milliseconds, at the last look at the settings file
+  std::array<std::atomic<unsigned char>, 16> ids{{{0xFF}}};  // bit n % 8 of byte n / 8
+};
+extern FilterState s_filter;
+
+inline constexpr auto& s_bInitialised = s_filter.initialised;
+inline constexpr auto& s_bDeInitCalled = s_filter.stopped;
+inline constexpr auto& s_wDebugLevel = s_filter.level;
+inline constexpr auto& dwLastUpdateTime = s_filter.lastUpdateTime;
+inline constexpr auto& s_DebugIdBitmap = s_filter.ids;
 
 // Exactly 8 characters, written once. Read them only after s_moduleNamed says that they are there.
 extern char s_szModuleNameA[9];
@@ -30,9 +41,6 @@ using WideHook = void (*)(wchar_t const* line, unsigned int length);
 using TraceHandler = void (*)(char const* file, char const* function, int line);
 extern std::atomic<NarrowHook> s_lpfndbgAHook;
 extern std::atomic<WideHook> s_lpfndbgWHook;
-
-// Wall-clock milliseconds, cut to 32 bits, in steps of a few milliseconds: cheap.
-DWORD TraceClock();
 
 // ReadDebugSettings, unless the module has been stopped or a thread is in the settings already.
 void RereadDebugSettings();

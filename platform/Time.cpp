@@ -93,6 +93,33 @@ tm LocalFields(time_t seconds) {
   return fields;
 }
 
+// The second that was last split up, while neither it nor the zone is another: a trace asks many
+// times a second.
+class LocalSecond {
+ public:
+  const SYSTEMTIME& Fields(time_t second) {
+    if (second != m_second || m_zone != tzname[0] || m_offset != timezone) Split(second);
+    return m_fields;
+  }
+
+ private:
+  void Split(time_t second) {
+    const tm fields = LocalFields(second);
+    m_fields = {Word(fields.tm_year + 1900), Word(fields.tm_mon + 1),
+                Word(fields.tm_wday),        Word(fields.tm_mday),
+                Word(fields.tm_hour),        Word(fields.tm_min),
+                Word(fields.tm_sec),         0};
+    m_second = second;
+    m_zone = tzname[0];
+    m_offset = timezone;
+  }
+
+  SYSTEMTIME m_fields{};
+  time_t m_second = -1;
+  const char* m_zone = nullptr;
+  long m_offset = 0;
+};
+
 // What the zone adds to UTC at a UTC file time.
 long long ZoneOffset(long long utc) {
   const long long seconds = utc / kTicksPerSecond - kUnixEpochSeconds;
@@ -125,13 +152,11 @@ int Store(long long value, long long* result) {
 }  // namespace
 
 void GetLocalTime(SYSTEMTIME* local) {
+  thread_local LocalSecond t_last;
   timespec now;
   ::clock_gettime(CLOCK_REALTIME, &now);
-  const tm fields = LocalFields(now.tv_sec);
-  *local = {Word(fields.tm_year + 1900), Word(fields.tm_mon + 1),
-            Word(fields.tm_wday),        Word(fields.tm_mday),
-            Word(fields.tm_hour),        Word(fields.tm_min),
-            Word(fields.tm_sec),         Word(static_cast<int>(now.tv_nsec / 1'000'000))};
+  *local = t_last.Fields(now.tv_sec);
+  local->wMilliseconds = Word(static_cast<int>(now.tv_nsec / 1'000'000));
 }
 
 void GetSystemTime(SYSTEMTIME* utc) {
