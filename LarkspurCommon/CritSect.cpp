@@ -13,6 +13,8 @@
 namespace {
 
 constexpr char kSource[] = "CritSect";
+constexpr char kUnlock[] =
+    "bool CriticalSection::Unlock(const char*, int, const char**, int*, bool)";
 constexpr DWORD kForeignRelease = 0x0002FFFF;
 constexpr DWORD kLongHold = 0x0003FFFF;
 constexpr DWORD kLongestHold = 99;  // milliseconds that go without a report
@@ -81,13 +83,11 @@ bool CriticalSection::Lock(char const* file, int line, bool) {
 
 bool CriticalSection::Unlock(char const* file, int line, char const** lockFile, int* lockLine,
                              bool check) {
-  constexpr char kSignature[] =
-      "bool CriticalSection::Unlock(const char*, int, const char**, int*, bool)";
   if (m_owner.load(kRelaxed) != pthread_self()) {
-    if (check) Guarded(kSignature, __LINE__, [&] { ReportForeignRelease(file, line); });
+    if (check) Guarded(kUnlock, __LINE__, [&] { ReportForeignRelease(file, line); });
     return false;
   }
-  if (check && m_checkLockTime) Guarded(kSignature, __LINE__, [&] { CheckHoldTime(file, line); });
+  if (check && m_checkLockTime) Guarded(kUnlock, __LINE__, [&] { CheckHoldTime(file, line); });
   if (lockFile != nullptr) *lockFile = m_lockFile.load(kRelaxed);
   if (lockLine != nullptr) *lockLine = m_lockLine.load(kRelaxed);
   m_owner.store(0, kRelaxed);

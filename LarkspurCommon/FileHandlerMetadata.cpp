@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstring>
 
 #include "LarkspurCommon/FileHandler.h"
 #include "LarkspurCommon/FileHandlerBoundary.h"
@@ -59,6 +60,13 @@ class NamedFile {
   const tstring m_path;
   const FoundPath m_found;
 };
+
+// Most paths are spelled as they are on the disk: then one call tells all. A bare name is another
+// file, a longer path none.
+bool GetStatusAsSpelled(const char* path, struct statx& status) {
+  return std::strchr(path, '/') != nullptr && std::strlen(path) < MAX_PATH &&
+         GetStatus(path, status);
+}
 
 // False with errno set.
 bool GetTime(int descriptor, statx_timestamp statx::*which, SYSTEMTIME& utc) {
@@ -178,13 +186,16 @@ FileChange file_layer::LookForChange(const char* path, bool& exists, FileSeconds
   const auto told = [](bool changed) { return changed ? FileChange::kChanged : FileChange::kNone; };
   return AtBoundary(kHasChanged, __LINE__, FileChange::kUnknown, [&] {
     if (path == nullptr || *path == '\0') return FileChange::kNone;
-    const NamedFile file(path);
-    if (!file.Exists()) return told(Update(exists, false));
-    exists = true;
     struct statx status;
-    if (!file.ReadStatus(kHasChanged, "retrieving file times for", status)) {
-      return FileChange::kUnknown;
+    if (!GetStatusAsSpelled(path, status)) {
+      const NamedFile file(path);
+      if (!file.Exists()) return told(Update(exists, false));
+      exists = true;
+      if (!file.ReadStatus(kHasChanged, "retrieving file times for", status)) {
+        return FileChange::kUnknown;
+      }
     }
+    exists = true;
     return told(Update(lastWriteTime, static_cast<FileSeconds>(status.stx_mtime.tv_sec)));
   });
 }

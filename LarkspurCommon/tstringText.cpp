@@ -30,7 +30,8 @@ std::locale const& tstring::Locale() {
 }
 
 std::ctype<char> const& tstring::Facet() {
-  return std::use_facet<std::ctype<char>>(Locale());
+  static auto const& facet = std::use_facet<std::ctype<char>>(Locale());
+  return facet;
 }
 
 int tstring::Compare(char const* s, unsigned int n) const {
@@ -44,7 +45,7 @@ int tstring::CompareNoCase(char const* s, unsigned int n) const {
 }
 
 bool operator<(tstring const& left, tstring const& right) {
-  return left.Compare(right) < 0;
+  return std::strcmp(left.c_str(), right.c_str()) < 0;
 }
 
 bool operator>(char const* left, tstring const& right) {
