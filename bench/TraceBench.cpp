@@ -1,8 +1,11 @@
 // What a trace call costs: one that the filter stops, a line to a hook that does nothing, and a
-// traced function. Beside it what a host would write without this module. Unit: one call or line.
+// traced function. Beside it the bare filter, a logging library with the same pattern, and the line
+// as its description reads, by snprintf. Unit: one call or line.
 
 #include <benchmark/benchmark.h>
 #include <pthread.h>
+#include <spdlog/sinks/base_sink.h>
+#include <spdlog/spdlog.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -11,12 +14,9 @@
 #include <mutex>
 
 #include "LarkspurCommon/debug.h"
+#include "bench/BarePeers.h"
 #include "platform/HostServices.h"
 #include "platform/Win32Compat.h"
-#ifdef CORVO_BENCH_SPDLOG
-#include <spdlog/sinks/base_sink.h>
-#include <spdlog/spdlog.h>
-#endif
 
 // The machine's own settings stay as they are.
 extern "C" const char* CorvoSettingsDirectory() {
@@ -57,17 +57,13 @@ BENCHMARK_F(Trace, FunctionDisabled)(benchmark::State& state) {
   for (auto _ : state) const CDebugTraceFn trace(kDisabled, "VerifySignature", "%s", "/rec/a.wav");
 }
 
-// Part of every line, and the host's to make faster.
-BENCHMARK_F(Trace, PartGetLocalTime)(benchmark::State& state) {
-  SYSTEMTIME now;
-  for (auto _ : state) {
-    GetLocalTime(&now);
-    benchmark::DoNotOptimize(now);
-  }
+void BareFilter(benchmark::State& state) {
+  for (auto _ : state) BareTrace(kDisabled, "> VerifySignature(\"%s\")", "/rec/a.wav");
 }
+BENCHMARK(BareFilter);
 
 // The same line, written as its description reads.
-BENCHMARK_F(Trace, PeerSnprintf)(benchmark::State& state) {
+void Snprintf(benchmark::State& state) {
   char line[1024];
   for (auto _ : state) {
     SYSTEMTIME now;
@@ -81,8 +77,8 @@ BENCHMARK_F(Trace, PeerSnprintf)(benchmark::State& state) {
     benchmark::DoNotOptimize(line);
   }
 }
+BENCHMARK(Snprintf);
 
-#ifdef CORVO_BENCH_SPDLOG
 // Builds the line, as its null_sink doesn't.
 class LineSink : public spdlog::sinks::base_sink<std::mutex> {
   void sink_it_(const spdlog::details::log_msg& message) override {
@@ -93,14 +89,13 @@ class LineSink : public spdlog::sinks::base_sink<std::mutex> {
   void flush_() override {}
 };
 
-void PeerSpdlog(benchmark::State& state, spdlog::level::level_enum level) {
+void Spdlog(benchmark::State& state, spdlog::level::level_enum level) {
   spdlog::logger logger("Recorder", std::make_shared<LineSink>());
   logger.set_pattern("%d/%m %H:%M:%S.%e %n (27,2) %P,%t: %v");
   for (auto _ : state) logger.log(level, "> VerifySignature(\"{}\")", "/rec/a.wav");
 }
-BENCHMARK_CAPTURE(PeerSpdlog, Line, spdlog::level::info);
-BENCHMARK_CAPTURE(PeerSpdlog, Disabled, spdlog::level::debug);
-#endif
+BENCHMARK_CAPTURE(Spdlog, Line, spdlog::level::info);
+BENCHMARK_CAPTURE(Spdlog, Disabled, spdlog::level::debug);
 
 }  // namespace
 

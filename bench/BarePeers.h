@@ -1,0 +1,40 @@
+#ifndef BENCH_BAREPEERS_H
+#define BENCH_BAREPEERS_H
+
+#include <pthread.h>
+
+#include <atomic>
+#include <cstdarg>
+
+// The least that does what the library does, in a library of its own and compiled as that is: a
+// host reaches both in the same way.
+
+// A disabled trace call: the chain of calls that a host may replace, a look at the coarse clock,
+// and the filter.
+extern "C" {
+void BareTrace(unsigned id, const char* format, ...);
+void BareTraceV(unsigned id, const char* format, va_list args);
+void BareWrite(unsigned id, const char* format, va_list args);
+bool BareIsEnabled(unsigned id);
+void BareEmit(unsigned id, const char* format, va_list args);
+}
+
+// A recursive mutex whose owner is tested before it is asked, and which knows since when it is
+// held.
+class StampedMutex {
+ public:
+  StampedMutex();
+  ~StampedMutex();
+  StampedMutex(const StampedMutex&) = delete;
+  StampedMutex& operator=(const StampedMutex&) = delete;
+
+  bool Lock();
+  bool Unlock();
+
+ private:
+  pthread_mutex_t m_mutex;
+  std::atomic<pthread_t> m_owner{0};
+  std::atomic<unsigned> m_since{0};
+};
+
+#endif
