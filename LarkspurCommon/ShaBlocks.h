@@ -55,7 +55,7 @@ void FeedShaBlocks(Context& context, const unsigned char* data, unsigned int len
   }
   compress(context.state, data, left / kShaBlockSize);
   const std::size_t rest = left % kShaBlockSize;
-  std::memcpy(context.buffer, data + left - rest, rest);
+  if (rest > 0) std::memcpy(context.buffer, data + left - rest, rest);
 }
 
 // The digest is then the state.

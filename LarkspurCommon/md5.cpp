@@ -42,17 +42,18 @@ void Fill(unsigned char* out, unsigned char value, std::uint16_t length) {
   std::memset(out, value, length);
 }
 
-// `length`, here and below: bytes, a multiple of 4.
+// `length`: bytes, a multiple of 4.
 void Encode(unsigned char* out, const std::uint32_t* in, std::uint16_t length) {
   for (std::uint16_t i = 0; i < length; i += 4) StoreLe32(out + i, in[i / 4]);
 }
 
-void Decode(std::uint32_t* out, const unsigned char* in, std::uint16_t length) {
-  for (std::uint16_t i = 0; i < length; i += 4) out[i / 4] = LoadLe32(in + i);
+// A word of a block where it is needed: a copy of them all would cost more.
+std::uint32_t Decode(const unsigned char* block, std::uint16_t word) {
+  return LoadLe32(block + 4 * word);
 }
 
 template <int kStep>
-[[gnu::always_inline]] inline void Step(std::uint32_t v[4], const std::uint32_t words[16]) {
+[[gnu::always_inline]] inline void Step(std::uint32_t v[4], const unsigned char* block) {
   constexpr int kRound = kStep / 16;
   constexpr int kShift = kShifts[kRound][kStep % 4];
   constexpr int kWord = (kWordFactor[kRound] * (kStep % 16) + kWordOffset[kRound]) % 16;
@@ -60,7 +61,7 @@ template <int kStep>
   const std::uint32_t b = v[(kSteps - kStep + 1) % 4];
   const std::uint32_t c = v[(kSteps - kStep + 2) % 4];
   const std::uint32_t d = v[(kSteps - kStep + 3) % 4];
-  std::uint32_t sum = words[kWord] + kSines[kStep];
+  std::uint32_t sum = Decode(block, kWord) + kSines[kStep];
   // Unless they are told that this sum is taken here, compilers add the constant last of all, where
   // it waits for b: a quarter of the speed with Clang.
   asm("" : "+r"(sum));
@@ -80,16 +81,14 @@ template <int kStep>
 }
 
 template <int... kStep>
-[[gnu::always_inline]] inline void AllSteps(std::uint32_t v[4], const std::uint32_t words[16],
+[[gnu::always_inline]] inline void AllSteps(std::uint32_t v[4], const unsigned char* block,
                                             std::integer_sequence<int, kStep...>) {
-  (Step<kStep>(v, words), ...);
+  (Step<kStep>(v, block), ...);
 }
 
 void Transform(std::uint32_t state[4], const unsigned char* block) {
-  std::uint32_t words[16];
-  Decode(words, block, kBlockSize);
   std::uint32_t v[4] = {state[0], state[1], state[2], state[3]};
-  AllSteps(v, words, std::make_integer_sequence<int, kSteps>());
+  AllSteps(v, block, std::make_integer_sequence<int, kSteps>());
   for (int i = 0; i < 4; ++i) state[i] += v[i];
 }
 
@@ -103,6 +102,25 @@ void AddToCount(MD5_CTX& context, std::uint16_t length) {
   if (context.count[0] < bits) ++context.count[1];
 }
 
+void Update(MD5_CTX& context, const unsigned char* input, std::uint16_t length) {
+  const std::uint16_t pending = Pending(context);
+  AddToCount(context, length);
+  const auto missing = static_cast<std::uint16_t>(kBlockSize - pending);
+  if (length < missing) {
+    Copy(context.buffer + pending, input, length);
+    return;
+  }
+  const unsigned char* const end = input + length;
+  const unsigned char* next = input;
+  if (pending > 0) {
+    Copy(context.buffer + pending, next, missing);
+    Transform(context.state, context.buffer);
+    next += missing;
+  }
+  for (; end - next >= kBlockSize; next += kBlockSize) Transform(context.state, next);
+  Copy(context.buffer, next, static_cast<std::uint16_t>(end - next));
+}
+
 }  // namespace
 
 void MD5Init(MD5_CTX* context) {
@@ -111,32 +129,17 @@ void MD5Init(MD5_CTX* context) {
 }
 
 void MD5Update(MD5_CTX* context, unsigned char* input, std::uint16_t length) {
-  const std::uint16_t pending = Pending(*context);
-  AddToCount(*context, length);
-  const auto missing = static_cast<std::uint16_t>(kBlockSize - pending);
-  if (length < missing) {
-    Copy(context->buffer + pending, input, length);
-    return;
-  }
-  const unsigned char* const end = input + length;
-  const unsigned char* next = input;
-  if (pending > 0) {
-    Copy(context->buffer + pending, next, missing);
-    Transform(context->state, context->buffer);
-    next += missing;
-  }
-  for (; end - next >= kBlockSize; next += kBlockSize) Transform(context->state, next);
-  Copy(context->buffer, next, static_cast<std::uint16_t>(end - next));
+  Update(*context, input, length);
 }
 
 void MD5Final(unsigned char* digest, MD5_CTX* context) {
   unsigned char bits[8];
   Encode(bits, context->count, sizeof bits);
-  unsigned char padding[kBlockSize] = {0x80};
+  static constexpr unsigned char kPadding[kBlockSize] = {0x80};
   const std::uint16_t pending = Pending(*context);
   const int zerosEnd = pending < kLengthOffset ? kLengthOffset : kBlockSize + kLengthOffset;
-  MD5Update(context, padding, static_cast<std::uint16_t>(zerosEnd - pending));
-  MD5Update(context, bits, sizeof bits);
+  Update(*context, kPadding, static_cast<std::uint16_t>(zerosEnd - pending));
+  Update(*context, bits, sizeof bits);
   if (digest == nullptr) return;
   Encode(digest, context->state, kDigestSize);
   Fill(reinterpret_cast<unsigned char*>(context), 0, sizeof *context);

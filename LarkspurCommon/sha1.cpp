@@ -17,8 +17,9 @@ constexpr std::uint32_t kFinalState[5] = {0x9E1547ED, 0x57EC91C2, 0x30FA8BC8, 0x
                                           0xA7EFA5E3};
 
 void Compress(std::uint32_t state[5], const unsigned char* blocks, std::size_t count) {
-  static const auto compress =
-      Sha1ShaExtensionsUsable() ? Sha1CompressShaExtensions : Sha1CompressPortable;
+  static const auto compress = Sha1ShaExtensionsUsable() ? Sha1CompressShaExtensions
+                               : Sha1Avx2Usable()        ? Sha1CompressAvx2
+                                                         : Sha1CompressPortable;
   compress(state, blocks, count);
 }
 
@@ -36,8 +37,9 @@ void SHA1Update(SHA1_CTX* context, const unsigned char* data, unsigned int lengt
 void SHA1Final(unsigned char* digest, SHA1_CTX* context) {
   FeedShaPadding(*context, Compress);
   for (std::size_t i = 0; i < 5; ++i) StoreBe32(digest + 4 * i, context->state[i]);
-  *context = {};
   std::memcpy(context->state, kFinalState, sizeof kFinalState);
+  context->count[0] = context->count[1] = 0;
+  std::memset(context->buffer, 0, sizeof context->buffer);
 }
 
 void SHA1Transform(unsigned long state[5], const unsigned char block[64]) {

@@ -11,6 +11,10 @@
 // Plain C++: what the others have to agree with.
 void Sha1CompressPortable(std::uint32_t state[5], const unsigned char* blocks, std::size_t count);
 
+// For processors with AVX2 and no SHA extensions. Call it only where Sha1Avx2Usable() is true.
+void Sha1CompressAvx2(std::uint32_t state[5], const unsigned char* blocks, std::size_t count);
+bool Sha1Avx2Usable();
+
 // The processor's SHA extensions. Call it only where Sha1ShaExtensionsUsable() is true.
 void Sha1CompressShaExtensions(std::uint32_t state[5], const unsigned char* blocks,
                                std::size_t count);

@@ -63,11 +63,13 @@ template <std::size_t... kGroup>
   v.abcd = _mm_shuffle_epi32(_mm_loadu_si128(stored), kReverseLanes);
   v.e = _mm_set_epi32(static_cast<int>(state[4]), 0, 0, 0);
   for (; count > 0; --count, blocks += kShaBlockSize) {
-    const __m128i abcd = v.abcd;
-    const __m128i e = v.e;
+    __m128i before[2] = {v.abcd, v.e};
+    // In memory: with the 8 registers of 32-bit mode, compilers would else put E there and wait
+    // for it when the next block begins.
+    asm("" : "+m"(before));
     AllRounds(v, blocks, std::make_index_sequence<kGroups>());
-    v.abcd = _mm_add_epi32(v.abcd, abcd);
-    v.e = _mm_sha1nexte_epu32(v.e, e);
+    v.abcd = _mm_add_epi32(v.abcd, before[0]);
+    v.e = _mm_sha1nexte_epu32(v.e, before[1]);
   }
   _mm_storeu_si128(stored, _mm_shuffle_epi32(v.abcd, kReverseLanes));
   state[4] = static_cast<std::uint32_t>(_mm_extract_epi32(v.e, 3));

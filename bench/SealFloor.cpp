@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "bench/SealTimes.h"
@@ -32,6 +33,7 @@ constexpr std::size_t kFlag = 298;
 constexpr std::size_t kDigest = 302;
 constexpr std::size_t kSealEnd = 382;
 constexpr std::size_t kDuration = 810;
+constexpr std::size_t kDataSize = 3166;
 
 std::string s_directory;
 unsigned s_pauses = 0;
@@ -73,9 +75,8 @@ struct statx Status(int file, const char* path = "") {
 class File {
  public:
   File(const std::string& path, int flags) {
-    const mode_t mask = umask(2);
+    umask(2);
     m_descriptor = static_cast<int>(Checked(open(path.c_str(), flags | O_CLOEXEC, 0664)));
-    umask(mask);
     Status(m_descriptor);
   }
   ~File() { Close(); }
@@ -175,11 +176,14 @@ void WriteHeader(File& file, const unsigned char* header) {
   file.Write(header, kHeader);
 }
 
-void WriteCopy(File& temporary, File& recording, std::uint32_t& clock) {
+void WriteCopy(File& temporary, File& recording, std::size_t audio, std::uint32_t& clock) {
   unsigned char step[kStep];
-  while (const std::size_t count = recording.Read(step, sizeof step)) {
+  while (audio > 0) {
+    const std::size_t count = std::min(audio, kStep);
+    if (recording.Read(step, count) != count) std::exit(1);
     temporary.Write(step, count);
     PauseWhenDue(clock);
+    audio -= count;
   }
   Status(temporary.Descriptor());
 }
@@ -199,6 +203,12 @@ void ReadDigest(File& temporary, unsigned char* digest) {
 void ReadHeader(File& recording, unsigned char* header) {
   recording.MoveTo(0);
   recording.Read(header, kHeader);
+}
+
+std::size_t AudioBytes(const unsigned char* header) {
+  std::uint32_t size;
+  std::memcpy(&size, header + kDataSize, sizeof size);
+  return size;
 }
 
 void ClearSeal(unsigned char* header) {
@@ -230,7 +240,7 @@ bool Seal(const char* path) {
   ClearSeal(header);
   std::copy_n(kCallDuration, sizeof kCallDuration, header + kDuration);
   WriteHeader(temporary, header);
-  WriteCopy(temporary, recording, clock);
+  WriteCopy(temporary, recording, AudioBytes(header), clock);
   ReadDigest(temporary, header + kDigest);
   header[kFlag] = 1;
   for (unsigned i = 0; i < 8; ++i) {
@@ -285,7 +295,7 @@ bool Verify(const char* path) {
 
   ClearSeal(header);
   WriteHeader(temporary, header);
-  WriteCopy(temporary, recording, clock);
+  WriteCopy(temporary, recording, AudioBytes(header), clock);
   ReadDigest(temporary, digest);
   temporary.Close();
   Exists(name);

@@ -8,7 +8,8 @@
 
 // How long sealing or verifying takes, file by file, in this process alone: what starting it costs
 // is not the question. The program's arguments are "seal" or "verify", the host's directory and the
-// recordings; a line each tells processor time in microseconds and pauses.
+// recordings; a line each tells processor time in microseconds and pauses. In the directory stand the
+// host's settings, and "tempfiles".
 
 struct SealTimes {
   bool (*seal)(const char* path);
