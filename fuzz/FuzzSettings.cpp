@@ -1,8 +1,9 @@
-// Any bytes as a settings file, and any changes to it, against a model of the store.
+// Any bytes as a settings file: what is loaded behaves as a map does while it is changed, and the
+// file gives the same entries to whoever loads it next.
 
 #include <list>
+#include <map>
 
-#include "IniModel.h"
 #include "LarkspurCommon/CorvoIniData.h"
 #include "Target.h"
 #include "support/Scratch.h"
@@ -11,68 +12,56 @@ using namespace corvo_test;
 
 namespace {
 
-const std::string& Path() {
-  static const std::string path = ScratchPath("store.ini");
-  return path;
+using Entries = std::map<std::string, std::string>;
+
+std::string Path() {
+  return ScratchPath("store.ini");
 }
 
-// What is in the file, when the model's bytes are written there.
-class Model {
- public:
-  explicit Model(const std::string& bytes) : m_file(bytes) { Reload(); }
-
-  void Reload() {
-    bool repeated = false;
-    entries = LoadIni(m_file, repeated);
-    if (repeated) Save();
-  }
-  void Save() { m_file = IniFile(entries); }
-  void Delete() {
-    entries.clear();
-    m_file.clear();
-  }
-  const std::string& File() const { return m_file; }
-
-  IniEntries entries;
-
- private:
-  std::string m_file;
-};
-
-void Compare(CorvoIniData& store, const Model& model) {
+Entries EntriesOf(CorvoIniData& store) {
   std::list<tstring> keys;
   std::list<tstring> values;
   store.GetKeysAndValues(keys, values);
-  IniEntries found;
+  Entries entries;
   auto value = values.begin();
-  for (const tstring& key : keys) found[key] = *value++;
-  Require(found == model.entries && keys.size() == found.size(), "the entries");
-  Require(ReadFile(Path()) == model.File(), "the file");
+  for (const tstring& key : keys) entries[key] = *value++;
+  Require(entries.size() == keys.size(), "each key once");
+  return entries;
 }
 
-void Change(CorvoIniData& store, Model& model, unsigned kind, const std::string& key,
-            const std::string& value) {
+// Letters, which any line can hold, and an upper-case key can be made of.
+std::string Word(Input& input) {
+  std::string word = input.Text();
+  for (char& ch : word) ch = static_cast<char>('A' + static_cast<unsigned char>(ch) % 26);
+  return word;
+}
+
+void Change(CorvoIniData& store, Entries& entries, Input& input) {
+  const unsigned kind = input.Byte() % 6;
+  const std::string key = Word(input);
+  const std::string value = Word(input);
+  const auto entry = entries.find(key);
   bool found = false;
   switch (kind) {
     case 0:
     case 1:
-      store.Set(key.c_str(), value.c_str());
-      model.entries[Upper(key)] = value;
-      return model.Save();
+      store.Set(tstring(key).MakeLower().c_str(), value.c_str());
+      entries[key] = value;
+      return;
     case 2:
-      Require(store.DeleteKey(key.c_str()) == (model.entries.erase(Upper(key)) != 0), "a removal");
-      return model.Save();
+      Require(store.DeleteKey(key.c_str()) == (entries.erase(key) != 0), "a removal");
+      return;
     case 3:
-      Require(store.GetData(key.c_str(), found) == model.entries[Upper(key)], "a value");
-      if (!found) model.entries.erase(Upper(key));
+      Require(store.GetData(key.c_str(), found) == (entry == entries.end() ? "" : entry->second),
+              "a value");
+      Require(found == (entry != entries.end()), "whether there is one");
       return;
     case 4:
-      store.Reload();
-      return model.Reload();
+      return store.Reload();
     default:
       store.Delete();
       Require(!Exists(Path()), "the deleted file is gone");
-      return model.Delete();
+      return entries.clear();
   }
 }
 
@@ -82,19 +71,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Input input(data, size);
   const unsigned changes = input.Byte() % 8;
   Input changing(data + (size - size / 2), size / 2);  // the file's second half serves twice
-  const std::string bytes = input.Rest();
-  WriteFile(Path(), bytes);
-  Model model(bytes);
+  WriteFile(Path(), input.Rest());
   CorvoIniData store(Path().c_str());
-  Compare(store, model);
-  for (unsigned i = 0; i < changes; ++i) {
-    const unsigned kind = changing.Byte() % 6;
-    const std::string key = changing.Text();
-    Change(store, model, kind, key, changing.Text());
-    Compare(store, model);
+  Entries entries = EntriesOf(store);
+  for (unsigned i = 0; i <= changes; ++i) {
+    if (i > 0) Change(store, entries, changing);
+    Require(EntriesOf(store) == entries, "the entries");
+    CorvoIniData again(Path().c_str());
+    Require(EntriesOf(again) == entries, "the same for the next to load them");
   }
-  CorvoIniData again(Path().c_str());
-  model.Reload();
-  Compare(again, model);
   return 0;
 }

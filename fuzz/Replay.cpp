@@ -6,57 +6,38 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
-#include <vector>
 
 #include "Target.h"
+#include "support/Scratch.h"
 
 namespace {
 
-namespace fs = std::filesystem;
-
-std::vector<fs::path> InputsIn(const fs::path& given) {
-  if (!fs::is_directory(given)) return {given};
-  std::vector<fs::path> inputs;
-  for (const fs::directory_entry& entry : fs::directory_iterator(given)) {
-    inputs.push_back(entry.path());
-  }
-  std::sort(inputs.begin(), inputs.end());
-  return inputs;
-}
-
 // In memory of exactly its size, so that a sanitizer sees the first byte read past its end.
-void Replay(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  Require(file.is_open(), path.c_str());
-  const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+void Replay(const std::string& path) {
+  std::printf("%s\n", path.c_str());
+  std::fflush(stdout);
+  Require(corvo_test::Exists(path), "it is there");
+  const std::string bytes = corvo_test::ReadFile(path);
   const auto input = std::make_unique<std::uint8_t[]>(bytes.size());
   std::copy(bytes.begin(), bytes.end(), input.get());
   LLVMFuzzerTestOneInput(input.get(), bytes.size());
 }
 
-int ReplayAll(int count, char** given) {
-  std::size_t replayed = 0;
-  for (int i = 1; i < count; ++i) {
-    for (const fs::path& path : InputsIn(given[i])) {
-      std::printf("%s\n", path.c_str());
-      std::fflush(stdout);
-      Replay(path);
-      ++replayed;
-    }
-  }
-  if (replayed != 0) return 0;
-  std::fputs("There is nothing to replay\n", stderr);
-  return 1;
+void ReplayAll(const std::string& given) {
+  if (!std::filesystem::is_directory(given)) return Replay(given);
+  const auto names = corvo_test::ListDirectory(given);
+  Require(!names.empty(), "there is something to replay");
+  for (const std::string& name : names) Replay(given + "/" + name);
 }
 
 }  // namespace
 
 int main(int count, char** given) {
   try {
-    return ReplayAll(count, given);
+    Require(count > 1, "there is something to replay");
+    for (int i = 1; i < count; ++i) ReplayAll(given[i]);
+    return 0;
   } catch (const std::exception& exception) {
     std::fprintf(stderr, "%s\n", exception.what());
     return 1;

@@ -4,7 +4,6 @@
 #include "Target.h"
 
 #include <algorithm>
-#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 
@@ -21,10 +20,6 @@ void Require(bool holds, const char* what) {
   if (holds) return;
   std::fprintf(stderr, "Not so: %s\n", what);
   std::abort();
-}
-
-void UseUtf8() {
-  Require(std::setlocale(LC_CTYPE, "C.UTF-8") != nullptr, "the system has C.UTF-8");
 }
 
 unsigned Input::Byte() {

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <sys/time.h>
 
+#include <utility>
+
 #include "LarkspurCommon/XTTime.h"
 
 namespace {
@@ -19,19 +21,13 @@ extern "C" int gettimeofday(timeval* now, void*) noexcept {
 }
 
 TEST(Clock, MillisecondsOfTheWallClockCutTo32Bits) {
-  const struct {
-    long long seconds;
-    int microseconds;
-    unsigned long expected;
-  } rows[] = {{12, 345999, 12345},
-              {4294967, 295999, 4294967295},
-              {4294967, 296000, 0},       // wraps
-              {2147483648, 250000, 250},  // 2038
-              {4294967297, 1000, 1001}};  // 2106
-  for (const auto& row : rows) {
-    g_systemTime.tv_sec = row.seconds;
-    g_systemTime.tv_usec = row.microseconds;
-    EXPECT_EQ(os_clock(), row.expected) << row.seconds;
+  const std::pair<timeval, unsigned long> rows[] = {{{4294967, 295999}, 4294967295},
+                                                    {{4294967, 296000}, 0},       // wraps
+                                                    {{2147483648, 250000}, 250},  // 2038
+                                                    {{4294967297, 1000}, 1001}};  // 2106
+  for (const auto& [time, milliseconds] : rows) {
+    g_systemTime = time;
+    EXPECT_EQ(os_clock(), milliseconds) << time.tv_sec;
   }
 }
 

@@ -143,18 +143,3 @@ TEST(Locks, FailingHostServiceIsReportedAndTheLockFreed) {
   // No time for the hold's report; no time for the line about the foreign release, and no alarm.
   EXPECT_EQ(g_caught, (Texts{"CritSect", "debug", "CritSect"}));
 }
-
-TEST(Locks, ExcludeOtherThreads) {
-  CriticalSection cs(false, "m_cs", true);
-  int count = 0;
-  const auto add = [&] {
-    for (int call = 0; call < 100000; ++call) {
-      const LockCriticalSection guard(&cs, true, "thread.cpp", call);
-      ++count;
-    }
-  };
-  std::thread other(add);
-  add();
-  other.join();
-  EXPECT_EQ(count, 200000);
-}

@@ -10,8 +10,7 @@ TEST_F(FileHandlerTest, LinesEndInAnyWayThatTextsDo) {
     std::string bytes;
     DWORD length;
     std::vector<std::string> lines;
-  } rows[] = {{"a\r\nb", 99, {"a\n", "b"}},
-              {"a\nbc\rd\n\re\n", 99, {"a\n", "bc\n", "d\n", "e\n"}},
+  } rows[] = {{"a\nbc\rd\n\re\n", 99, {"a\n", "bc\n", "d\n", "e\n"}},
               {"\n\n\r\r", 99, {"\n", "\n", "\r"}},  // the file cuts the last one
               {"ab\r\nc", 4, {"ab\r", "\n", "c"}},
               {block + "\r\nb", 20000, {block + "\n", "b"}},
@@ -52,11 +51,4 @@ TEST_F(FileHandlerTest, CacheSavesCallsAndKnowsTheEnd) {
   EXPECT_EQ(bytes, read);
   EXPECT_EQ(4, On(kRead).calls);
   EXPECT_TRUE(file.Read(buffer, 1, &got) && got == 0 && file.EndOfFile());
-}
-
-TEST_F(FileHandlerTest, TextIsWrittenWithItsLineEndsMadeTwoBytes) {
-  ASSERT_TRUE(file.Open(ScratchPath("a").c_str(), OFM_WRITE, NLM_TEXT, true, false));
-  EXPECT_TRUE(file.Write("x\ny", 99) && file.Write("\n\ra\n", 99));
-  EXPECT_FALSE(file.Write("", 99));
-  EXPECT_EQ("x\r\ny\r\n\ra\r\n", ReadFile(ScratchPath("a")));
 }

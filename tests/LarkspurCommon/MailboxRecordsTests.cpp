@@ -23,24 +23,29 @@ std::string Shown(const EVMLData& e) {
 TEST(EmbeddedMailbox, ARecordSetsWhatItReaches) {
   ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
   constexpr char kRecord[] = "\1abc\2\3\4\0\0\x0E\x10\xFF\0\0\1\0\1\0\2\5x\xC3\xA9\0\0C\0D";
-  const struct {
-    unsigned short length;
-    const char* shown;
-  } kRows[] = {{10, "0 old 0,0 0,0,0 p0 t0 #7 old|old|old"},
-               {11, "1 abc 2,0 3,0,0 p4 t3600 #7 old|old|old"},
-               {20, "1 abc 2,0 3,0,0 p4 t3600 #7 old|old|old"},
-               {21, "1 abc 2,5 3,4278190081,65538 p4 t3600 #7 x|old|old"},
-               {25, "1 abc 2,5 3,4278190081,65538 p4 t3600 #7 x\xC3\xA9||old"},
-               {28, "1 abc 2,5 3,4278190081,65538 p4 t3600 #7 x\xC3\xA9||C"}};
+  const std::pair<unsigned short, const char*> kRows[] = {
+      // from this length on
+      {0, "0 old 0,0 0,0,0 p0 t0 #7 old|old|old"},
+      {11, "1 abc 2,0 3,0,0 p4 t3600 #7 old|old|old"},
+      {21, "1 abc 2,5 3,4278190081,65538 p4 t3600 #7 x|old|old"},  // also half of the next letter
+      {23, "1 abc 2,5 3,4278190081,65538 p4 t3600 #7 x\xC3\xA9|old|old"},
+      {25, "1 abc 2,5 3,4278190081,65538 p4 t3600 #7 x\xC3\xA9||old"},
+      {26, "1 abc 2,5 3,4278190081,65538 p4 t3600 #7 x\xC3\xA9||C"},
+      {29, ""}};
   EVMLData data;
   data.m_code = data.m_text1 = data.m_text2 = data.m_text3 = "old";
-  for (const auto& row : kRows) {
+  unsigned short length = 0;
+  for (const auto* row = kRows; length < 29; ++length) {
+    if (length == row[1].first) ++row;
     // A block of the record's own size, so that a sanitizer sees a read past its end.
-    const std::unique_ptr<unsigned char[]> block(new unsigned char[row.length]);
-    std::memcpy(block.get(), kRecord, row.length);
-    data.PopulateFromRecord(7, block.get(), row.length);
-    EXPECT_EQ(Shown(data), row.shown) << row.length;
+    const std::unique_ptr<unsigned char[]> block(new unsigned char[length]);
+    std::memcpy(block.get(), kRecord, length);
+    data.PopulateFromRecord(7, block.get(), length);
+    EXPECT_EQ(Shown(data), row->second) << length;
   }
+  EVMLData copy;
+  copy.Copy(data);
+  EXPECT_EQ(Shown(copy), Shown(data));
   const unsigned char zeros[11] = {};
   data.PopulateFromRecord(8, zeros, 11);
   EXPECT_TRUE(data.EVMMode());  // a record only turns it on

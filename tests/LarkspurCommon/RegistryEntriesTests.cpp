@@ -2,12 +2,11 @@
 
 #include "RegistryTest.h"
 
-std::vector<std::string>* corvo_test::g_notices = nullptr;
+static std::vector<std::string> g_notices;  // "TYPE NAME VALUE" each
 
 void SyncMaster::ConfigurationItemChanged(int type, const char* name, const char* value) {
-  if (corvo_test::g_notices == nullptr) return;
-  corvo_test::g_notices->push_back(std::to_string(type) + " " + (name != nullptr ? name : "null") +
-                                   " " + (value != nullptr ? value : "null"));
+  g_notices.push_back(std::to_string(type) + " " + (name != nullptr ? name : "null") + " " +
+                      (value != nullptr ? value : "null"));
 }
 
 // Whom the file layer asks: files that aren't there would have the process's own configuration
@@ -17,44 +16,27 @@ VMRegistry* VMRegistry::global() {
   return idle;
 }
 
-namespace corvo_test {
-namespace {
+using namespace corvo_test;
 
 using testing::ElementsAre;
 
-class RegistryEntriesTest : public RegistryTest {
- protected:
-  RegistryEntriesTest() { m_registry.Init(); }
-
-  VMRegistry m_registry;
-};
+using RegistryEntriesTest = StartedRegistryTest;
 
 TEST_F(RegistryEntriesTest, ReadsWriteTheirDefaultOnce) {
-  tstring text("some");
-  EXPECT_FALSE(m_registry.GetRegistryEntry("aText", text));
+  const auto expectWritten = [&](auto value, const char* stored) {
+    EXPECT_FALSE(m_registry.GetRegistryEntry(stored, value));
+    EXPECT_EQ(Stored(tstring(stored).MakeUpper()), stored);
+    return value;
+  };
+  EXPECT_EQ(expectWritten(tstring("some"), "some"), "some");
+  EXPECT_TRUE(expectWritten(true, "N"));
+  EXPECT_EQ(expectWritten(-7L, "-7"), -7);
+  EXPECT_EQ(expectWritten(4294967295UL, "4294967295"), 4294967295);
+  tstring text("other"), none;
+  EXPECT_TRUE(m_registry.GetRegistryEntry("SOME", text));
   EXPECT_EQ(text, "some");
-  EXPECT_EQ(Stored("ATEXT"), "some");
-  text = "other";
-  EXPECT_TRUE(m_registry.GetRegistryEntry("ATEXT", text));
-  EXPECT_EQ(text, "some");
-
-  tstring none;
   EXPECT_FALSE(m_registry.GetRegistryEntry("none", none));
   EXPECT_EQ(Stored("NONE"), "-");
-
-  bool flag = true;
-  EXPECT_FALSE(m_registry.GetRegistryEntry("flag", flag));
-  EXPECT_TRUE(flag);
-  EXPECT_EQ(Stored("FLAG"), "N");
-  EXPECT_TRUE(m_registry.GetRegistryEntry("flag", flag));
-  EXPECT_FALSE(flag);
-
-  long number = -7;
-  EXPECT_FALSE(m_registry.GetRegistryEntry("number", number));
-  EXPECT_EQ(Stored("NUMBER"), "-7");
-  unsigned long wide = 4294967295;
-  EXPECT_FALSE(m_registry.GetRegistryEntry("wide", wide));
-  EXPECT_EQ(Stored("WIDE"), "4294967295");
 }
 
 TEST_F(RegistryEntriesTest, StoredTextsAreReadAsNumbersAndSwitches) {
@@ -68,8 +50,8 @@ TEST_F(RegistryEntriesTest, StoredTextsAreReadAsNumbersAndSwitches) {
               {"", false, 99, false}, {"7 up", true, 7, true}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.stored);
-    m_registry.SetRegistryEntry("x", "?");
-    m_registry.SetRegistryEntry("x", row.stored);
+    Set("x", "?");
+    Set("x", row.stored);
     int number = 99;
     EXPECT_EQ(m_registry.GetRegistryEntry("x", number), row.foundAsNumber);
     EXPECT_EQ(number, row.number);
@@ -80,7 +62,7 @@ TEST_F(RegistryEntriesTest, StoredTextsAreReadAsNumbersAndSwitches) {
 }
 
 TEST_F(RegistryEntriesTest, BufferTakesWhatItHasRoomFor) {
-  m_registry.SetRegistryEntry("x", "abcdef");
+  Set("x", "abcdef");
   char buffer[6] = "old";
   EXPECT_TRUE(m_registry.GetRegistryEntry("x", buffer, 4));
   EXPECT_STREQ(buffer, "abc");
@@ -112,38 +94,32 @@ TEST_F(RegistryEntriesTest, KeysSelectTheirStores) {
 }
 
 TEST_F(RegistryEntriesTest, HostIsToldOfChangesOnlyWhenItAsks) {
-  std::vector<std::string> notices;
-  g_notices = &notices;
-  m_registry.SetRegistryEntry("a", "silent");
+  g_notices.clear();
+  Set("a", "silent");
   m_registry.m_notifySync = true;
-  m_registry.SetRegistryEntry("a", "Loud");
-  m_registry.SetRegistryEntry("a", "LOUD");  // differs in case alone: nothing is written
+  Set("a", "Loud");
+  Set("a", "LOUD");  // differs in case alone: nothing is written
   tstring text("default");
   m_registry.GetRegistryEntry(2, "b", text);
   EXPECT_TRUE(m_registry.DeleteUserRegistryEntry("b", true));
   EXPECT_FALSE(m_registry.DeleteUserRegistryEntry("b", true));
   m_registry.SetSMTPMapping("m", "x");
   m_registry.SetSMTPMapping("m", "X");
-  m_registry.SetRegistryEntry("MinutesBetweenSync", "60");
+  Set("MinutesBetweenSync", "60");
   EXPECT_EQ(m_registry.MinutesBetweenSync(), 1440u);
   std::vector<tstring> lines{"n=1,2"};
   m_registry.WriteAllSMTPMappings(lines);
-  g_notices = nullptr;
-  EXPECT_THAT(notices, ElementsAre("1 a Loud", "2 b default", "5 b null", "3 m x",
-                                   "1 MinutesBetweenSync 60", "1 TimeBetweenSync 1440",
-                                   "4 MinutesBetweenSync null", "9 null null", "3 n 1,,,,,2"));
+  EXPECT_THAT(g_notices, ElementsAre("1 a Loud", "2 b default", "5 b null", "3 m x",
+                                     "1 MinutesBetweenSync 60", "1 TimeBetweenSync 1440",
+                                     "4 MinutesBetweenSync null", "9 null null", "3 n 1,,,,,2"));
   EXPECT_EQ(Stored("A"), "Loud");
   EXPECT_EQ(Stored("MINUTESBETWEENSYNC"), "-");
-}
 
-TEST_F(RegistryEntriesTest, ReadsAreTracedOnDemand) {
-  m_registry.SetRegistryEntry("x", "v");
   m_registry.TraceRegistryData = true;
   TraceLog trace;
-  tstring text;
-  m_registry.GetRegistryEntry("x", text);
+  m_registry.GetRegistryEntry("a", text);
   EXPECT_THAT(trace.Texts(0x0B, '9'),
-              ElementsAre("VMRegistry - GetRegistryEntry(1, \"x\") returning \"v\""));
+              ElementsAre("VMRegistry - GetRegistryEntry(1, \"a\") returning \"Loud\""));
 }
 
 TEST_F(RegistryEntriesTest, SuffixesAreCutInAnyCaseAndWithEitherSeparator) {
@@ -160,6 +136,3 @@ TEST_F(RegistryEntriesTest, SuffixesAreCutInAnyCaseAndWithEitherSeparator) {
     EXPECT_EQ(text, row.cut);
   }
 }
-
-}  // namespace
-}  // namespace corvo_test

@@ -6,8 +6,7 @@
 
 #include "RegistryTest.h"
 
-namespace corvo_test {
-namespace {
+using namespace corvo_test;
 
 using RegistryGlobalTest = RegistryTest;
 
@@ -38,6 +37,3 @@ TEST_F(RegistryGlobalTest, ThreadsGetOneObjectWhileItsSettingsAreReadAgain) {
   done = true;
   for (std::thread& thread : threads) thread.join();
 }
-
-}  // namespace
-}  // namespace corvo_test

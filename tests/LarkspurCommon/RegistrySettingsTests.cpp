@@ -3,136 +3,68 @@
 #include <arpa/inet.h>
 
 #include <functional>
+#include <sstream>
 
 #include "RegistryTest.h"
 
-namespace corvo_test {
-namespace {
+using namespace corvo_test;
 
 using testing::ElementsAre;
 
-class RegistrySettingsTest : public RegistryTest {
- protected:
-  RegistrySettingsTest() { m_registry.Init(); }
+using RegistrySettingsTest = StartedRegistryTest;
 
-  void Set(const std::string& name, const std::string& value) {
-    m_registry.SetRegistryEntry(name.c_str(), value.c_str());
-  }
-  void Embedded() {
-    const unsigned char record[] = {1, '0', '0', '1', 0, 0, 6, 0, 0, 0x0E, 0x10};
-    m_registry.m_evmlData.PopulateFromRecord(1, record, sizeof record);
-  }
-
-  VMRegistry m_registry;
-};
-
-using Read = std::function<long long(const VMRegistry&)>;
-
-// Each by name: what a missing entry gives and is written as, and pairs of stored and read values.
+// What a missing entry gives and is written as, and for stored values what each is read as: itself
+// where nothing else is told.
 TEST_F(RegistrySettingsTest, NumbersWithTheirLimits) {
-  struct Pair {
-    const char* stored;
-    long long read;
-  };
   const struct {
     const char* name;
-    Read read;
+    std::function<long long(const VMRegistry&)> read;
     long long missing;
-    const char* written;
-    std::vector<Pair> pairs;
+    const char *written, *stored;
   } rows[] = {
-      {"MinimumRecordedNameLength",
-       &VMRegistry::GetMinimumRecordedNameLength,
-       1000,
-       "1000",
-       {{"699", 700}, {"700", 700}, {"14000", 14000}, {"14001", 14000}, {"-1", 14000}}},
-      {"MinimumRecordedGreetingLength",
-       &VMRegistry::GetMinimumRecordedGreetingLength,
-       3000,
-       "3000",
-       {{"0", 700}, {"120000", 120000}, {"120001", 120000}}},
-      {"LoopedOutboundTimeout",
-       &VMRegistry::GetLoopedOutboundTimeout,
-       30,
-       "30",
-       {{"0", 30}, {"1", 1}, {"rubbish", 30}}},
-      {"SilenceLimit", &VMRegistry::GetSilenceLimit, 10000, "10000", {{"0", 10000}}},
-      {"MaxRecordTime",
-       &VMRegistry::GetMaxRecordTime,
-       3600000,
-       "3600",
-       {{"0", 2000}, {"100000", 100000000}, {"200000", 172800000}, {"4294967295", 172800000}}},
-      {"MaximumCallLength",
-       &VMRegistry::GetMaximumCallLength,
-       3600000,
-       "3600000",
-       {{"299999", 300000}, {"4294967295", 4294967295}}},
-      {"MinimumIdleTime",
-       &VMRegistry::GetMinimumIdleTime,
-       2400000,
-       "2400000",
-       {{"79999", 80000}, {"4800001", 4800000}}},
-      {"QBXMinimumPasswordLength",
-       &VMRegistry::GetMinimumPasswordLength,
-       0,
-       "0",
-       {{"15", 15}, {"16", 15}}},
-      {"OutcallingRetries",
-       &VMRegistry::GetOutcallingRetries,
-       5,
-       "5",
-       {{"0", 0}, {"10", 10}, {"11", 5}, {"-1", 5}}},
-      {"OutcallDefaultRetryTime",
-       &VMRegistry::GetOutcallingDefaultRetryTime,
-       30,
-       "30",
-       {{"0", 30}, {"1", 1}, {"60", 60}, {"61", 30}}},
-      {"OutcallRetry3",
-       [](auto& r) { return r.GetOutcallRetryTime(3); },
-       900000,
-       "15",
-       {{"-1", -60000}, {"2147483647", 2147483647}}},
-      {"MaxAgeTimeA", [](auto& r) { return r.GetMaxAgeTime('A'); }, -1, "4294967295", {{"9", 9}}},
-      {"SignalNormalisation",
-       &VMRegistry::GetNormalisation,
-       0,
-       "-",
-       {{"0x20", 32}, {"010", 8}, {"250", 100}, {"-3", 0}}},
-      {"ConfRingTime", &VMRegistry::GetOutcallRingTime, 30000, "30000", {}},
-      {"SeqTimeout", &VMRegistry::GetSeqTimeout, 3500, "3500", {}},
-      {"SecondsBetweenEvents", &VMRegistry::SecondsBetweenEvents, 30, "30", {}},
-      {"IPTOSValue", &VMRegistry::GetIPTOSValue, 184, "184", {{"-1", -1}}},
-      {"PrimaryReinstatementMode", &VMRegistry::GetPrimaryReinstatementMode, 0, "0", {{"2", 2}}},
-      {"PrimaryReinstatementTimeOut", &VMRegistry::GetPrimaryReinstatementTimeOut, 5, "5", {}},
-      {"NoOfOutCallingPorts",
-       [](auto& r) { return r.GetMaxOutcallAllowed(20); },
-       0,
-       "-",
-       {{"N", -1}, {"30", 18}, {"18", 18}, {"4", 4}, {"-4", 0}, {"x", 0}}},
-      {"LoadMailboxDataInBackground",
-       &VMRegistry::GetLoadMailboxDataInBG,
-       true,
-       "N",
-       {{"N", false}, {"2", true}}},
-      {"SMTPServerEnabled",
-       [](auto& r) { return r.LoadSMTPServerSupport(); },
-       true,
-       "Y",
-       {{"n", false}}},
-      {"DownloadAttachmentForITZ",
-       &VMRegistry::DownloadAttachmentForITZ,
-       true,
-       "yes",
-       {{"Y", false}, {"YES", true}}},
+      {"MinimumRecordedNameLength", &VMRegistry::GetMinimumRecordedNameLength, 1000, "1000",
+       "699=700 700 14000 14001=14000 -1=14000"},
+      {"MinimumRecordedGreetingLength", &VMRegistry::GetMinimumRecordedGreetingLength, 3000, "3000",
+       "0=700 120000 120001=120000"},
+      {"LoopedOutboundTimeout", &VMRegistry::GetLoopedOutboundTimeout, 30, "30",
+       "0=30 1 rubbish=30"},
+      {"SilenceLimit", &VMRegistry::GetSilenceLimit, 10000, "10000", "0=10000"},
+      {"MaxRecordTime", &VMRegistry::GetMaxRecordTime, 3600000, "3600",
+       "0=2000 100000=100000000 200000=172800000 4294967295=172800000"},
+      {"MaximumCallLength", &VMRegistry::GetMaximumCallLength, 3600000, "3600000",
+       "299999=300000 4294967295"},
+      {"MinimumIdleTime", &VMRegistry::GetMinimumIdleTime, 2400000, "2400000",
+       "79999=80000 4800001=4800000"},
+      {"QBXMinimumPasswordLength", &VMRegistry::GetMinimumPasswordLength, 0, "0", "15 16=15"},
+      {"OutcallingRetries", &VMRegistry::GetOutcallingRetries, 5, "5", "0 10 11=5 -1=5"},
+      {"OutcallDefaultRetryTime", &VMRegistry::GetOutcallingDefaultRetryTime, 30, "30",
+       "0=30 1 60 61=30"},
+      {"OutcallRetry3", [](auto& r) { return r.GetOutcallRetryTime(3); }, 900000, "15",
+       "-1=-60000 2147483647"},
+      {"MaxAgeTimeA", [](auto& r) { return r.GetMaxAgeTime('A'); }, -1, "4294967295", "9"},
+      {"SignalNormalisation", &VMRegistry::GetNormalisation, 0, "-", "0x20=32 010=8 250=100 -3=0"},
+      {"ConfRingTime", &VMRegistry::GetOutcallRingTime, 30000, "30000", ""},
+      {"SeqTimeout", &VMRegistry::GetSeqTimeout, 3500, "3500", ""},
+      {"SecondsBetweenEvents", &VMRegistry::SecondsBetweenEvents, 30, "30", ""},
+      {"IPTOSValue", &VMRegistry::GetIPTOSValue, 184, "184", "-1"},
+      {"PrimaryReinstatementMode", &VMRegistry::GetPrimaryReinstatementMode, 0, "0", "2"},
+      {"PrimaryReinstatementTimeOut", &VMRegistry::GetPrimaryReinstatementTimeOut, 5, "5", ""},
+      {"NoOfOutCallingPorts", [](auto& r) { return r.GetMaxOutcallAllowed(20); }, 0, "-",
+       "N=-1 30=18 18 4 -4=0 x=0"},
+      {"LoadMailboxDataInBackground", &VMRegistry::GetLoadMailboxDataInBG, true, "N", "N=0 2=1"},
+      {"SMTPServerEnabled", [](auto& r) { return r.LoadSMTPServerSupport(); }, true, "Y", "n=0"},
+      {"DownloadAttachmentForITZ", &VMRegistry::DownloadAttachmentForITZ, true, "yes", "Y=0 YES=1"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     EXPECT_EQ(row.read(m_registry), row.missing);
     EXPECT_EQ(Stored(tstring(row.name).MakeUpper()), row.written);
-    for (const Pair& pair : row.pairs) {
-      Set(row.name, pair.stored);
-      EXPECT_EQ(row.read(m_registry), pair.read) << pair.stored;
-      EXPECT_EQ(Stored(tstring(row.name).MakeUpper()), pair.stored) << "reading corrected it";
+    std::istringstream all(row.stored);
+    for (std::string pair; all >> pair;) {
+      const std::string stored = pair.substr(0, pair.find('='));
+      Set(row.name, stored);
+      EXPECT_EQ(row.read(m_registry), std::stoll(pair.substr(pair.find('=') + 1))) << pair;
+      EXPECT_EQ(Stored(tstring(row.name).MakeUpper()), stored) << "reading corrected it";
     }
   }
 }
@@ -166,7 +98,8 @@ TEST_F(RegistrySettingsTest, MessageLengthsBindEachOther) {
 }
 
 TEST_F(RegistrySettingsTest, EmbeddedModeAnswersFromTheRecord) {
-  Embedded();
+  const unsigned char record[] = {1, '0', '0', '1', 0, 0, 6, 0, 0, 0x0E, 0x10};
+  m_registry.m_evmlData.PopulateFromRecord(1, record, sizeof record);
   const std::string settings = Settings();
   EXPECT_EQ(m_registry.GetMinimumMessageLength(), 3000u);
   EXPECT_EQ(m_registry.GetMinimumRecordedNameLength(), 500u);
@@ -181,30 +114,34 @@ TEST_F(RegistrySettingsTest, EmbeddedModeAnswersFromTheRecord) {
 
 // The getters for every ordering of the three, then the setters.
 TEST_F(RegistrySettingsTest, SnmpThresholdsKeepTheirOrder) {
+  const auto set = [&](unsigned critical, unsigned level, unsigned ok) {
+    Set("SnmpAlarmCritical", std::to_string(critical));
+    Set("SnmpAlarmLevel", std::to_string(level));
+    Set("SnmpAlarmOk", std::to_string(ok));
+  };
+  const auto stored = [] {
+    return Stored("SNMPALARMCRITICAL") + " " + Stored("SNMPALARMLEVEL") + " " +
+           Stored("SNMPALARMOK");
+  };
+  constexpr long long kMost = 4294967295;
   for (const unsigned critical : {0u, 1u, 30u, 55u, 4294967295u}) {
     for (const unsigned level : {0u, 11u, 60u, 100u, 4294967295u}) {
       for (const unsigned ok : {0u, 41u, 90u, 200u}) {
-        Set("SnmpAlarmCritical", std::to_string(critical));
-        Set("SnmpAlarmLevel", std::to_string(level));
-        Set("SnmpAlarmOk", std::to_string(ok));
-        const auto atMost32Bits = [](long long value) { return std::min(value, 4294967295LL); };
+        set(critical, level, ok);
         const long long c = std::max(critical, 1u);
-        const long long l = std::max<long long>({level, 11, atMost32Bits(c + 10)});
-        const long long o = std::max<long long>({ok, 41, atMost32Bits(l + 30)});
+        const long long l = std::max<long long>({level, 11, std::min(c + 10, kMost)});
+        const long long o = std::max<long long>({ok, 41, std::min(l + 30, kMost)});
         EXPECT_EQ(m_registry.GetSnmpAlarmOk(), o);
         EXPECT_EQ(m_registry.GetSnmpAlarmLevel(), l);
         EXPECT_EQ(m_registry.GetSnmpAlarmCritical(), c);
-        EXPECT_EQ(Stored("SNMPALARMCRITICAL"), std::to_string(c));
-        EXPECT_EQ(Stored("SNMPALARMLEVEL"), std::to_string(l));
-        EXPECT_EQ(Stored("SNMPALARMOK"), std::to_string(o));
+        EXPECT_EQ(stored(), tstring::FromFormat("%lld %lld %lld", c, l, o));
       }
     }
   }
-  using Setter = void (VMRegistry::*)(unsigned long) const;
   const struct {
-    Setter setter;
+    void (VMRegistry::*setter)(unsigned long) const;
     unsigned long value;
-    std::string stored;  // from 45, 60, 90
+    const char* stored;  // from 45, 60, 90
   } rows[] = {
       {&VMRegistry::SetSnmpAlarmLevel, 50, "40 50 80"},
       {&VMRegistry::SetSnmpAlarmLevel, 3, "1 11 41"},
@@ -217,13 +154,9 @@ TEST_F(RegistrySettingsTest, SnmpThresholdsKeepTheirOrder) {
       {&VMRegistry::SetSnmpAlarmCritical, 0, "1 60 90"},
   };
   for (const auto& row : rows) {
-    Set("SnmpAlarmCritical", "45");
-    Set("SnmpAlarmLevel", "60");
-    Set("SnmpAlarmOk", "90");
+    set(45, 60, 90);
     (m_registry.*row.setter)(row.value);
-    EXPECT_EQ(
-        Stored("SNMPALARMCRITICAL") + " " + Stored("SNMPALARMLEVEL") + " " + Stored("SNMPALARMOK"),
-        row.stored);
+    EXPECT_EQ(stored(), row.stored);
   }
 }
 
@@ -245,12 +178,13 @@ TEST_F(RegistrySettingsTest, CorrectionsOfThresholdsAreTraced) {
 
 TEST_F(RegistrySettingsTest, WindowsOfTheDay) {
   Hour_Minute from, to;
+  const auto shown = [&] {
+    return tstring::FromFormat("%d:%d-%d:%d", from.m_hour, from.m_minute, to.m_hour, to.m_minute);
+  };
   m_registry.GetMiradorPeaktimeSetting(from, to);
-  EXPECT_EQ(from.m_hour * 100 + from.m_minute, 900);
-  EXPECT_EQ(to.m_hour * 100 + to.m_minute, 1730);
+  EXPECT_EQ(shown(), "9:0-17:30");
   m_registry.GetMiradorPrimetimeSetting(from, to);
-  EXPECT_EQ(from.m_hour * 100 + from.m_minute, 730);
-  EXPECT_EQ(to.m_hour * 100 + to.m_minute, 1930);
+  EXPECT_EQ(shown(), "7:30-19:30");
   from.Set(0, 0);
   to.Set(23, 59);
   EXPECT_TRUE(m_registry.SetMiradorPrimetimeSetting(from, to));
@@ -346,6 +280,3 @@ TEST_F(RegistrySettingsTest, UnopenedMessagesCountWhereTheyAreMapped) {
   m_registry.QBXStatsFromMirador(nullptr, &gone[0], &gone[1], &gone[2], false);
   EXPECT_THAT(gone, ElementsAre(0, 0, 0));
 }
-
-}  // namespace
-}  // namespace corvo_test

@@ -18,8 +18,7 @@ void TClassOfServiceContainer::ReInit(const AnsiString& keyPath) {
   g_started.push_back(keyPath.c_str());
 }
 
-namespace corvo_test {
-namespace {
+using namespace corvo_test;
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -31,7 +30,7 @@ TEST_F(RegistryStartTest, FirstStartWritesDefaultsAndMakesDirectories) {
   registry.Init();
 
   const std::string bin = ScratchPath("bin/");
-  std::string expected =
+  tstring expected =
       "ACCOUNTSDIR={}Accounts\nBACKUPDIR={}/Back Up\nCAMPAIGNS={}\\Campaigns\n"
       "CONFERENCEDIR={}\\ConferenceData\nCONFERENCETIMEOUT=0\nCORVOBASICMODEPBX=0\n"
       "CORVOMAPIPORT=50792\nCUSTOMNUMPROMPTSDIR={}Wavs\\Custom\\NumericPrompts\n"
@@ -42,12 +41,8 @@ TEST_F(RegistryStartTest, FirstStartWritesDefaultsAndMakesDirectories) {
       "MODULERECORDINGSDIR={}Wavs\\Modules\nNAMEWAVSDIR={}Names\nSINGLEMAILBOXACCESS=N\n"
       "TEMPFILESDIR={}\\tempfiles\nTRACEREGISTRYDATA=N\nUSEINBANDDTMF=N\nVBSCRIPTTIMEOUT=90000\n"
       "VRLDIR={}\\VRL\nWAVSDIR={}Wavs\nWEBMAILWORKINGDIR={}\\WebMail\n";
-  for (std::size_t at; (at = expected.find("{}")) != std::string::npos;) {
-    expected.replace(at, 2, bin);
-  }
-  for (std::size_t at = 0; (at = expected.find('\n', at)) != std::string::npos; at += 2) {
-    expected.insert(at, "\r");
-  }
+  expected.Replace("{}", bin.c_str());
+  expected.Replace("\n", "\r\n");
   EXPECT_EQ(Settings(), expected);
   EXPECT_THAT(ListDirectory(ScratchPath("bin")),
               ElementsAre("Accounts", "Back Up", "Campaigns", "ConferenceData", "EVMLAccounts",
@@ -140,6 +135,3 @@ TEST_F(RegistryStartTest, HostsContainersStartAgainToo) {
   TClassOfServiceContainer::global = nullptr;
   EXPECT_THAT(g_started, ElementsAre(root + "\\BackupConfig", root + "\\ClassOfService"));
 }
-
-}  // namespace
-}  // namespace corvo_test

@@ -39,8 +39,17 @@ class RegistryTest : public testing::Test {
   }
 };
 
-// What SyncMaster was told, as "TYPE NAME VALUE", while it isn't null.
-extern std::vector<std::string>* g_notices;
+// In which a configuration has started.
+class StartedRegistryTest : public RegistryTest {
+ protected:
+  StartedRegistryTest() { m_registry.Init(); }
+
+  void Set(const std::string& name, const std::string& value) {
+    m_registry.SetRegistryEntry(name.c_str(), value.c_str());
+  }
+
+  VMRegistry m_registry;
+};
 
 }  // namespace corvo_test
 

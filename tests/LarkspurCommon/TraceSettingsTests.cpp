@@ -131,7 +131,7 @@ TEST_F(TraceSettings, FileIsReadAndWrittenBack) {
       {"Filter Level=   \n", Entries("5")},
       {"Filter Level = 7\n", Entries("5").insert(15, "Filter Level =7\n")},
       {"Filter Level=7\nFilter Level=8\n", Entries("7")},
-      {"b= 1=2\n\nno\nB=x y\n=e", "=e\nB=x y\n" + Entries("5") + "b=1=2\n"},
+      {"b= 1=2\n\nno\nB=\tx y\n=e", "=e\nB=\tx y\n" + Entries("5") + "b=1=2\n"},
       {"ID Bitmap=0f3\n", Entries("5", "0f03")},
       {"ID Bitmap=1gzz-11x\n", Entries("5", "01000001")},
       {"ID Bitmap=0123456789ABCDEF0123456789abcdefFF\n",

@@ -3,9 +3,7 @@
 
 #define _TIME_BITS 64  // the exported clock below is then the one that the library calls
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -39,12 +37,8 @@ std::string Path() {
   return CorvoSettingsDirectory() + std::string("/corvo_debug_settings.ini");
 }
 
-// An edit from outside, in a second of its own.
 void Edit(const std::string& text) {
-  static time_t s_writeTime = 1'700'000'000;
-  corvo_test::WriteFile(Path(), text);
-  const timespec times[2] = {{++s_writeTime, 0}, {s_writeTime, 0}};
-  utimensat(AT_FDCWD, Path().c_str(), times, 0);
+  corvo_test::EditFile(Path(), text);
 }
 
 // Level 8 and the n-th note: 300 times the same letter.

@@ -155,43 +155,46 @@ TEST(TstringConvert, Utf8IsDecodedUpToTheFirstFault) {
       {"\xEF\xBB\xBF\x41\xEF\xBB\xBF\x42", "AB"},
       {"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"},
       {"\xC1\x81\xE0\x81\x82\xF0\x80\x81\x83\xF8\x80\x80\x81\x84\xFC\x80\x80\x80\x81\x85", "ABCDE"},
+      {"A\xC0\x80Z", "A"},
       {"A\x80Z", "A"},
       {"A\xE2\x82", "A"},
+      {"A\xFEZ", "A"},
+      {"\xFD\xBF\xBF\xBF\xBF\xBF", "\xFD\xBF\xBF\xBF\xBF\xBF"},
       {"A\xED\x9F\xBF\xED\xA0\x80Z", "A\xED\x9F\xBF"},
       {"\xEE\x80\x80\xED\xBF\xBFZ", "\xEE\x80\x80"},
   };
   for (auto const& [utf8, text] : rows) EXPECT_EQ(tstring::ConvertFromUTF8(utf8), text);
 }
 
-void ExpectNumbers(tstring const& s, int asInt, unsigned int asUnsigned, long long asLongLong,
-                   unsigned long long asUnsignedLongLong) {
-  EXPECT_EQ(static_cast<int>(s), asInt) << s;
-  EXPECT_EQ(static_cast<unsigned int>(s), asUnsigned) << s;
-  EXPECT_EQ(static_cast<unsigned long>(s), asUnsigned) << s;
-  EXPECT_EQ(static_cast<long long>(s), asLongLong) << s;
-  EXPECT_EQ(static_cast<unsigned long long>(s), asUnsignedLongLong) << s;
-}
-
 TEST(TstringConvert, NumbersAreRead) {
-  ExpectNumbers("0x10", 0, 0, 0, 0);
-  ExpectNumbers(" 12ab", 12, 12, 12, 12);
-  ExpectNumbers("-5", -5, 0xFFFFFFFB, -5, ULLONG_MAX - 4);
-  ExpectNumbers("4294967296", INT_MAX, UINT_MAX, 4294967296, 4294967296);
-  ExpectNumbers("-99999999999999999999", INT_MIN, UINT_MAX, LLONG_MIN, ULLONG_MAX);
+  const auto expect = [](tstring const& s, int asInt, unsigned asUnsigned, long long asLongLong,
+                         unsigned long long asUnsignedLongLong) {
+    EXPECT_EQ(static_cast<int>(s), asInt) << s;
+    EXPECT_EQ(static_cast<unsigned>(s), asUnsigned) << s;
+    EXPECT_EQ(static_cast<unsigned long>(s), asUnsigned) << s;
+    EXPECT_EQ(static_cast<long long>(s), asLongLong) << s;
+    EXPECT_EQ(static_cast<unsigned long long>(s), asUnsignedLongLong) << s;
+  };
+  expect("0x10", 0, 0, 0, 0);
+  expect(" 12ab", 12, 12, 12, 12);
+  expect("-5", -5, 0xFFFFFFFB, -5, ULLONG_MAX - 4);
+  expect("4294967296", INT_MAX, UINT_MAX, 4294967296, 4294967296);
+  expect("-99999999999999999999", INT_MIN, UINT_MAX, LLONG_MIN, ULLONG_MAX);
 }
 
 TEST(TstringConvert, GuidsAreRead) {
   const corvo_test::TraceLog log;
   for (const char* text :
        {"{01234567-89ab-cdef-0123-456789abcdef}", "01234567-89AB-CDEF-0123-456789ABCDEF",
-        "1234567-89ab-cdef-0123-456789abcdef}zz", "{01234567-89ab-cdef-0123-456789abcdef z"}) {
+        "1234567-89ab-cdef-0123-456789abcdef}zz", "{01234567-89ab-cdef-0123-456789abcdef z",
+        " 0x1234567-+89ab-0Xcdef-0123-456789abcdef", "-fedcba99-89ab-cdef-0123-456789abcdef"}) {
     EXPECT_EQ(tstring::FromGuid(tstring(text)), "{01234567-89ab-cdef-0123-456789abcdef}") << text;
   }
   std::vector<std::string> reports;
   for (const std::string text :
        {"", "{01234567-89ab-cdef-0123-456789abcde}", "{01234567-89ab-cdef-0123-456789abcdefa}",
-        "{01234567-89ab-cdef-0123-456789abcdeg}", "{01234567-189ab-cdef-0123-456789abcdef}",
-        "{01234567-89ab-cdef-0123456789abcdef}", "{01234567 -89ab-cdef-0123-456789abcdef}",
+        "{01234567-89ab-cdef-0123-456789abcdeg}", "{01234567-10000-cdef-0123-456789abcdef}",
+        "{01234567-89ab-cdef-0123+456789abcdef}", "{01234567 -89ab-cdef-0123-456789abcdef}",
         "{01234567-89ab-cdef-01"}) {
     EXPECT_EQ(tstring::FromGuid(tstring(text)), "{00000000-0000-0000-0000-000000000000}") << text;
     reports.push_back("tstring::operator GUID(): Failed to convert " + text + " to a GUID");

@@ -2,7 +2,9 @@
 
 #include "support/Scratch.h"
 
+#include <fcntl.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -15,31 +17,25 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Directory {
- public:
+struct Directory {
   Directory() {
-    std::string name = (fs::temp_directory_path() / "corvo-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("mkdtemp failed for " + name);
-    m_path = name;
+    if (::mkdtemp(path.data()) == nullptr) throw std::runtime_error("mkdtemp failed for " + path);
   }
   ~Directory() {
     std::error_code ignored;
-    fs::remove_all(m_path, ignored);
+    fs::remove_all(path, ignored);
   }
   Directory(const Directory&) = delete;
   Directory& operator=(const Directory&) = delete;
 
-  const std::string& Path() const { return m_path; }
-
- private:
-  std::string m_path;
+  std::string path = (fs::temp_directory_path() / "corvo-test-XXXXXX").string();
 };
 
 }  // namespace
 
 const std::string& ScratchDirectory() {
   static const Directory directory;
-  return directory.Path();
+  return directory.path;
 }
 
 std::string ScratchPath(const std::string& name) {
@@ -58,6 +54,17 @@ void WriteFile(const std::string& path, const std::string& bytes) {
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   if (!file.flush()) throw std::runtime_error("can't write " + path);
+}
+
+void TouchFile(const std::string& path) {
+  static time_t second = 1'000'000'000;
+  const timespec times[] = {{++second, 0}, {second, 0}};
+  if (::utimensat(AT_FDCWD, path.c_str(), times, 0) != 0) throw std::runtime_error("no " + path);
+}
+
+void EditFile(const std::string& path, const std::string& bytes) {
+  WriteFile(path, bytes);
+  TouchFile(path);
 }
 
 std::string ReadFile(const std::string& path) {

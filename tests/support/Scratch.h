@@ -15,7 +15,9 @@ std::string ScratchPath(const std::string& name);
 void MakeDirectory(const std::string& path);  // parents too; an existing one is fine
 void RemoveTree(const std::string& path);     // nothing there is fine
 void WriteFile(const std::string& path, const std::string& bytes);
-std::string ReadFile(const std::string& path);  // empty when it can't be read
+void TouchFile(const std::string& path);  // changed last in another second than ever before
+void EditFile(const std::string& path, const std::string& bytes);  // writes and touches it
+std::string ReadFile(const std::string& path);                     // empty when it can't be read
 bool Exists(const std::string& path);
 std::vector<std::string> ListDirectory(const std::string& path);  // names, sorted
 

@@ -11,12 +11,7 @@ namespace corvo_test {
 namespace {
 
 std::mutex g_mutex;
-std::vector<std::string> g_lines;
-
-void Record(const char* line, unsigned int length) {
-  const std::lock_guard<std::mutex> lock(g_mutex);
-  g_lines.emplace_back(line, length);
-}
+std::vector<TraceLine> g_lines;
 
 // "16/11 17:58:18.123 Recorder (27,2) 1a2b,b7f4d6c0,06789: text\n"
 TraceLine Parse(const std::string& line) {
@@ -32,6 +27,11 @@ TraceLine Parse(const std::string& line) {
   return parsed;
 }
 
+void Record(const char* line, unsigned int length) {
+  const std::lock_guard<std::mutex> lock(g_mutex);
+  g_lines.push_back(Parse(std::string(line, length)));
+}
+
 }  // namespace
 
 TraceLog::TraceLog() {
@@ -45,15 +45,9 @@ TraceLog::~TraceLog() {
   SetDebugHooks(nullptr, nullptr);
 }
 
-std::vector<std::string> TraceLog::RawLines() const {
+std::vector<TraceLine> TraceLog::Lines() const {
   const std::lock_guard<std::mutex> lock(g_mutex);
   return g_lines;
-}
-
-std::vector<TraceLine> TraceLog::Lines() const {
-  std::vector<TraceLine> parsed;
-  for (const std::string& line : RawLines()) parsed.push_back(Parse(line));
-  return parsed;
 }
 
 std::vector<std::string> TraceLog::Texts() const {

@@ -22,7 +22,6 @@ class TraceLog {
   TraceLog(const TraceLog&) = delete;
   TraceLog& operator=(const TraceLog&) = delete;
 
-  std::vector<std::string> RawLines() const;  // whole, as the hook got them
   std::vector<TraceLine> Lines() const;
   std::vector<std::string> Texts() const;                         // of every line
   std::vector<std::string> Texts(unsigned id, char level) const;  // of these lines only
