@@ -4,6 +4,7 @@
 #include "Target.h"
 
 #include <algorithm>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 
@@ -20,6 +21,10 @@ void Require(bool holds, const char* what) {
   if (holds) return;
   std::fprintf(stderr, "Not so: %s\n", what);
   std::abort();
+}
+
+void UseUtf8() {
+  Require(std::setlocale(LC_CTYPE, "C.UTF-8") != nullptr, "the system has C.UTF-8");
 }
 
 unsigned Input::Byte() {

@@ -13,6 +13,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 // Ends the process with `what` on the standard error stream unless it holds.
 void Require(bool holds, const char* what);
 
+// Makes text conversions work in UTF-8, for the whole process.
+void UseUtf8();
+
 // The bytes of an input, taken from the front as what a target needs. Past the end all is zero and
 // empty, so every input means something.
 class Input {
