@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "EngineTest.h"
-#include "Faults.h"
+#include "support/FileCalls.h"
 
 namespace corvo_test {
 namespace {
@@ -84,7 +84,7 @@ TEST_F(PropertiesTest, NothingToGiveClearsTheWholeBuffer) {
 
 TEST_F(PropertiesTest, SealedRecordThatCannotBeReadGivesAnEmptyOne) {
   Properties();
-  const Fault fault(Call::Read, 2, [] { return EIO; });  // the first was the presence check's
+  const Fault fault("read", 2, [] { return Fate{EIO}; });  // the first was the presence check's
   EXPECT_FALSE(GetRecordingProperty(m_path.c_str(), m_buffer));
   EXPECT_STREQ(m_buffer, ";;;;;;;;0.0.0.0;;;;;0;0;;;;;;;;;;0;0;Yes;");
 }

@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "EngineTest.h"
-#include "Faults.h"
 #include "LarkspurCommon/XTTime.h"
+#include "support/FileCalls.h"
 
 namespace corvo_test {
 namespace {
@@ -151,8 +151,8 @@ TEST_F(SealTest, AudioThatIsMissingIsSealedAsZeros) {
 }
 
 TEST_F(SealTest, PermissionBitsAreKeptByTheMoveAndByTheCopy) {
-  for (const bool moveFails : {false, true}) {
-    const While moving(g_movesFail, moveFails);
+  for (const Replacement replacement : kReplacements) {
+    const FileCallObserver observer(replacement);
     RemoveTree(m_path);
     Record(G726Recording("audio"));
     ASSERT_EQ(::chmod(m_path.c_str(), 0464), 0);

@@ -1,6 +1,6 @@
-// The test program as a host that exports its own file-system calls. None waits for a disk.
+// The test program as a host that exports its own versions of what the library calls.
 
-#include "FileCalls.h"
+#include "support/FileCalls.h"
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -14,13 +14,19 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <filesystem>
 #include <type_traits>
 #include <utility>
 
+#include "LarkspurCommon/XTTime.h"
 #include "platform/Win32Compat.h"
 
 namespace corvo_test {
+
+thread_local Hook t_onSleep, t_onMoveFile, t_onClock;
+std::atomic<int> g_sleeps{0};
+int g_clockStep = -1;
+
 namespace {
 
 thread_local FileCallObserver* t_observer = nullptr;
@@ -41,7 +47,10 @@ class Unobserved {
 Fate AskBefore(const FileCall& call) {
   FileCallObserver* const observer = t_observer;
   const Unobserved scope;
-  return observer->Before(call);
+  Fate fate = observer->Before(call);
+  const bool crosses = observer->replacement == Replacement::kCopy && call.name == "renameat2";
+  if (crosses && fate.error == 0) fate.error = EXDEV;
+  return fate;
 }
 
 void TellAfter(const FileCall& call, bool succeeded) {
@@ -65,10 +74,6 @@ Result Next(const char* name, Args... args) {
   return reinterpret_cast<Result (*)(Args...)>(::dlsym(RTLD_NEXT, name))(args...);
 }
 
-bool Is(const FileCall& call, const char* name) {
-  return std::strcmp(call.name, name) == 0;
-}
-
 // The descriptor that room was taken for last, and up to where.
 thread_local int t_reservedFor = -1;
 thread_local off_t t_reserved = 0;
@@ -83,7 +88,8 @@ size_t Room(int descriptor, off_t start, size_t size) {
 }
 
 bool NeedsRoom(const FileCall& call) {
-  return Is(call, "fallocate") || Is(call, "create") || Is(call, "mkostemp") || Is(call, "mkdir");
+  return call.name == "fallocate" || call.name == "create" || call.name == "mkostemp" ||
+         call.name == "mkdir";
 }
 
 // `real` gets the number of bytes to move; `start` is where they are written, -1 at the position.
@@ -93,7 +99,7 @@ auto Moving(const FileCall& call, size_t size, Real real, off_t start = -1)
   if (t_observer == nullptr) return real(size);
   Fate fate = AskBefore(call);
   if (fate.isFull && NeedsRoom(call)) fate.error = ENOSPC;
-  if (fate.isFull && Is(call, "write")) {
+  if (fate.isFull && call.name == "write") {
     if (start == -1) start = Next<off_t>("lseek64", call.descriptor, off_t{0}, SEEK_CUR);
     size = Room(call.descriptor, start, size);
     if (size == 0) fate.error = ENOSPC;
@@ -122,7 +128,12 @@ FileCall ByName(const char* name, const char* path, const char* target = nullptr
 
 }  // namespace
 
-FileCallObserver::FileCallObserver() {
+std::string FileCall::Path() const {
+  if (path != nullptr) return path;
+  return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor)).string();
+}
+
+FileCallObserver::FileCallObserver(Replacement replacement_) : replacement(replacement_) {
   t_observer = this;
 }
 
@@ -130,8 +141,13 @@ FileCallObserver::~FileCallObserver() {
   t_observer = nullptr;
 }
 
-bool Removes(const FileCall& call) {
-  return Is(call, "unlink");
+Fate Fault::Before(const FileCall& call) {
+  if (m_isFull) return {0, false, true};
+  if (HasStruck() || (!m_name.empty() && call.name != m_name) || --m_left != 0) return {};
+  m_struck = call.name;
+  const Fate fate = m_strike();
+  m_isFull = fate.isFull;
+  return fate;
 }
 
 }  // namespace corvo_test
@@ -263,7 +279,21 @@ int mkostemp(char* name, int flags) {
   return Passing(ByName("mkostemp", name), [&] { return Next<int>("mkostemp64", name, flags); });
 }
 
-void Sleep(DWORD) {
+int MoveFile(const char* from, const char* to) {
+  if (t_onMoveFile) t_onMoveFile();
+  return Next<int>("MoveFile", from, to);
+}
+
+void Sleep(DWORD milliseconds) {
+  if (milliseconds == 50) ++g_sleeps;
+  if (t_onSleep) t_onSleep();
+}
+
+unsigned long os_clock() {
+  static unsigned long own = 1'000'000;
+  if (t_onClock) t_onClock();
+  return g_clockStep < 0 ? Next<unsigned long>("os_clock")
+                         : own += static_cast<unsigned>(g_clockStep);
 }
 
 }  // extern "C"
