@@ -2,11 +2,11 @@
 // of their own length and 16 MiB, and as many file-system calls as bytes, never more than in
 // proportion.
 
+#include <malloc.h>
 #include <sys/stat.h>
 
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <new>
@@ -20,24 +20,16 @@ namespace {
 std::atomic<std::size_t> g_live{0};
 std::atomic<std::size_t> g_peak{0};
 
-constexpr std::size_t kSizeField = alignof(std::max_align_t);
-
 void* Allocate(std::size_t size) {
-  auto* const block = static_cast<char*>(std::malloc(size + kSizeField));
-  if (block == nullptr) return nullptr;
-  std::memcpy(block, &size, sizeof size);
-  const std::size_t live = g_live += size;
+  void* const block = std::malloc(size);
+  const std::size_t live = g_live += ::malloc_usable_size(block);
   for (std::size_t peak = g_peak; live > peak && !g_peak.compare_exchange_weak(peak, live);) {
   }
-  return block + kSizeField;
+  return block;
 }
 
-void Release(void* memory) {
-  if (memory == nullptr) return;
-  char* const block = static_cast<char*>(memory) - kSizeField;
-  std::size_t size;
-  std::memcpy(&size, block, sizeof size);
-  g_live -= size;
+void Release(void* block) {
+  g_live -= ::malloc_usable_size(block);
   std::free(block);
 }
 
