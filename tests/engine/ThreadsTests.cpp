@@ -19,10 +19,7 @@ TEST_F(ThreadsTest, EightThreadsSealAndVerifyWhileTracing) {
   constexpr int kRounds = 10;
   std::atomic<int> waiting{kThreads};
   std::atomic<int> verified{0};
-  std::atomic<int> traced{0};
-  static std::atomic<int>* counter = &traced;
-  SetDebugHooks(nullptr, [](const char*, unsigned int) { ++*counter; });
-
+  const TraceLog trace;
   std::vector<std::thread> threads;
   for (int number = 0; number < kThreads; ++number) {
     threads.emplace_back([&, number] {
@@ -40,10 +37,9 @@ TEST_F(ThreadsTest, EightThreadsSealAndVerifyWhileTracing) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  SetDebugHooks(nullptr, nullptr);
   EXPECT_EQ(verified, kThreads * kRounds);
   // Per round: entering, leaving, and at least the two failure lines of the missing recording.
-  EXPECT_GE(traced, kThreads * kRounds * 4);
+  EXPECT_GE(trace.RawLines().size(), kThreads * kRounds * 4u);
   EXPECT_TRUE(TemporaryFiles().empty());
 }
 

@@ -259,17 +259,13 @@ TEST_F(CorvoEvidence, ShowsHostileTextsHarmlessly) {
   const struct {
     std::string item;
     const char* value;
-    const char* html;
-    const char* visible;
+    std::string visible;  // in a page, too, where there is nothing of HTML's own
   } rows[] = {
-      {"szItem22", "<script>alert(1)</script>&\"",
-       ">&lt;script&gt;alert(1)&lt;/script&gt;&amp;&quot;<", "<script>alert(1)</script>&\""},
-      {"szItem03", "a\nb\x1b[2Jc\x7f", ">a\\x0ab\\x1b[2Jc\\x7f<", "a\\x0ab\\x1b[2Jc\\x7f"},
+      {"szItem22", "<script>alert(1)</script>&\"", "<script>alert(1)</script>&\""},
+      {"szItem03", "a\nb\x1b[2Jc\x7f", "a\\x0ab\\x1b[2Jc\\x7f"},
       {"szItem07", "\xff\xc0\xaf\xed\xa0\x80\xf4\x90\x80\x80\xe2\x82",
-       ">\\xff\\xc0\\xaf\\xed\\xa0\\x80\\xf4\\x90\\x80\\x80\\xe2\\x82<",
        "\\xff\\xc0\\xaf\\xed\\xa0\\x80\\xf4\\x90\\x80\\x80\\xe2\\x82"},
       {"szItem08", "Jos\u00e9 \u202e\u200b\u0085\\x0a\U0001F600",
-       ">Jos\u00e9 \\xe2\\x80\\xae\\xe2\\x80\\x8b\\xc2\\x85\\\\x0a\U0001F600<",
        "Jos\u00e9 \\xe2\\x80\\xae\\xe2\\x80\\x8b\\xc2\\x85\\\\x0a\U0001F600"},
   };
   std::string command = "corvo record x.wav $SAMPLES/now-recording.g726 --codec g726 --start 1";
@@ -279,10 +275,11 @@ TEST_F(CorvoEvidence, ShowsHostileTextsHarmlessly) {
   const json found = Json("corvo inspect --json q*");
   for (const auto& row : rows) {
     SCOPED_TRACE(row.item);
-    EXPECT_THAT(html, HasSubstr(row.html));
+    EXPECT_EQ(html.find(">" + row.visible + "<") == std::string::npos, row.item == "szItem22");
     const std::size_t place = std::stoul(row.item.substr(6));
     EXPECT_EQ(found["metadata"][place - 1]["value"], row.visible);
   }
+  EXPECT_THAT(html, HasSubstr(">&lt;script&gt;alert(1)&lt;/script&gt;&amp;&quot;<"));
   EXPECT_THAT(html, HasSubstr("<h2>Recording q&quot;&lt;b&gt;&amp;\\x0a\\xff.wav</h2>"));
   EXPECT_EQ(found["name"], "q\"<b>&\\n\\xff.wav");
   EXPECT_EQ(found["escaped"], true);

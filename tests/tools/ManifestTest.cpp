@@ -105,30 +105,5 @@ TEST_F(CorvoManifest, IsCompleteOrIsNotMade) {
   EXPECT_EQ(Read("list"), old);
 }
 
-TEST_F(CorvoManifest, IsSignedByTheToolsPeopleHave) {
-  const struct {
-    std::string program;
-    std::string sign;
-    std::string check;
-  } signers[] = {
-      {"openssl",
-       "openssl genpkey -algorithm ed25519 -out key && openssl pkey -in key -pubout -out public &&"
-       " openssl pkeyutl -sign -rawin -in list -inkey key -out sig",
-       "openssl pkeyutl -verify -rawin -in list -pubin -inkey public -sigfile sig"},
-      {"minisign",
-       "minisign -G -W -p public -s key && minisign -S -s key -m list -x sig </dev/null",
-       "minisign -V -p public -m list -x sig"}};
-  std::string absent;
-  for (const auto& [program, sign, check] : signers) {
-    if (!Has(program)) {
-      absent += " " + program;
-      continue;
-    }
-    Try({{"rm -f key public sig list; manifest in -o list && " + sign + " && " + check, 0, ""},
-         {"echo '# files: 3' >>list && ! " + check, 0, ""}});
-  }
-  if (!absent.empty()) GTEST_SKIP() << "not installed:" << absent;
-}
-
 }  // namespace
 }  // namespace corvo_test

@@ -16,8 +16,7 @@ constexpr char kOther[] = "tmp/QRTffffffffffffffffffffffffffffffff.tmp";
 class CorvoRecover : public ShellTest {
  protected:
   CorvoRecover() : m_sealed(MakeSealed()) {
-    Run("mkdir tmp rec host");
-    Write("host/corvo_settings.ini", "TempFilesDir=" + Path("tmp") + "\nLogFileErrorsToFile=N\n");
+    Run("mkdir tmp rec");
     m_before = std::string("Q=") + kName + " R=" + kOther +
                "; old() { touch -d '2 hours ago' \"$@\"; }; recover() { corvo recover \"$@\"; }; ";
   }
@@ -27,18 +26,12 @@ class CorvoRecover : public ShellTest {
     Run("old $Q");
   }
 
-  // What remains when a host dies while it seals a copy of the sample.
-  void Crash(const std::string& instant) const {
-    Run("cp $SAMPLES/now-recording.wav rec/a.wav; $EMULATOR '" CORVO_KILLED_HOST "' " + instant +
-        " \"$PWD/rec/a.wav\" \"$PWD/host\"; old tmp/*");
-  }
-
   const std::string m_sealed;
 };
 
-TEST_F(CorvoRecover, PutsBackWhatASuddenDeathLeftInTheTemporaryDirectory) {
-  Crash("moving");
-  ASSERT_THAT(List("rec"), IsEmpty());
+// As a death between the removal of the recording and the move leaves it.
+TEST_F(CorvoRecover, PutsBackTheOnlyCopy) {
+  Run("cp $SAMPLES/now-recording.wav $Q; corvo seal $Q; old $Q");
   Try({{"recover --dir tmp", 1,
         ".tmp: complete (sealed and intact: it may be the only copy)\n    size         7802\n"},
        {"recover --dir tmp", 1, "    start        2024-05-17T09:30:00.0000000Z\n"},
@@ -49,9 +42,10 @@ TEST_F(CorvoRecover, PutsBackWhatASuddenDeathLeftInTheTemporaryDirectory) {
 }
 
 TEST_F(CorvoRecover, RemovesWhatIsLeftOfAnInterruptedCopy) {
-  Crash("copying");
-  Try({{"recover --dir tmp", 1,
-        ".tmp: incomplete (not sealed yet, with 1000 of 4632 bytes of audio)\n"},
+  Run("head -c 64000000 /dev/zero >s.g726; corvo record rec/a.wav s.g726 --codec g726 --start 7;"
+      " $CORVO --home home seal rec/a.wav & until test $(cat home/tempfiles/* | wc -c) -gt 9999;"
+      " do :; done; kill -KILL $!; wait; mv home/tempfiles/* tmp; old tmp/*");
+  Try({{"recover --dir tmp", 1, ".tmp: incomplete (not sealed yet, with "},
        {"recover --restore tmp/* --to rec/b.wav", 1, ".tmp: NOT RESTORED: incomplete (not "},
        {"recover --remove tmp/*", 0, ".tmp: removed\n"}});
   EXPECT_THAT(List("tmp"), IsEmpty());
