@@ -126,19 +126,6 @@ TEST_F(SealTest, PermissionBitsAreKeptByTheMoveAndByTheCopy) {
   }
 }
 
-TEST_F(SealTest, WithoutATemporaryFileNothingIsDone) {
-  const std::string bytes = G726Recording("audio");
-  Record(bytes);
-  RemoveTree(TemporaryDirectory());
-  WriteFile(TemporaryDirectory(), "a file where the directory should be");
-  TraceLog trace;
-  EXPECT_FALSE(Seal());
-  EXPECT_THAT(Failures(trace), ElementsAre(MatchesRegex(
-                                   ".*CreateSignature.* - error \"Error 20 \\(Not a directory\\) "
-                                   "opening file .*/QRT[0-9a-f]+\\.tmp\"\" has occurred\\.")));
-  EXPECT_EQ(Recorded(), bytes);
-}
-
 TEST_F(SealTest, CopyWorksTenMillisecondsAndSleepsFifty) {
   const While standing(g_clockStep, 0);
   for (const unsigned long age : {9ul, 10ul}) {
