@@ -118,14 +118,6 @@ auto Passing(const FileCall& call, Real real) {
   return Moving(call, 0, [&](size_t) { return real(); });
 }
 
-FileCall OnFile(const char* name, int descriptor) {
-  return {name, descriptor, nullptr, nullptr};
-}
-
-FileCall ByName(const char* name, const char* path, const char* target = nullptr) {
-  return {name, -1, path, target};
-}
-
 }  // namespace
 
 std::string FileCall::Path() const {
@@ -163,17 +155,17 @@ int open(const char* path, int flags, ...) {
   va_end(args);
   const bool creates =
       (flags & O_CREAT) != 0 && ::syscall(SYS_faccessat, AT_FDCWD, path, F_OK) != 0;
-  return Passing(ByName(creates ? "create" : "open", path),
+  return Passing({creates ? "create" : "open", -1, path},
                  [&] { return ::openat(AT_FDCWD, path, flags, mode); });
 }
 
 ssize_t read(int fd, void* buffer, size_t size) {
-  return Moving(OnFile("read", fd), size,
+  return Moving({"read", fd}, size,
                 [&](size_t count) -> ssize_t { return ::syscall(SYS_read, fd, buffer, count); });
 }
 
 ssize_t write(int fd, const void* buffer, size_t size) {
-  return Moving(OnFile("write", fd), size,
+  return Moving({"write", fd}, size,
                 [&](size_t count) -> ssize_t { return ::syscall(SYS_write, fd, buffer, count); });
 }
 
@@ -181,11 +173,11 @@ ssize_t pwrite(int fd, const void* buffer, size_t size, off_t at) {
   const auto real = [&](size_t count) {
     return Next<ssize_t, int, const void*, size_t, off_t>("pwrite64", fd, buffer, count, at);
   };
-  return Moving(OnFile("write", fd), size, real, at);
+  return Moving({"write", fd}, size, real, at);
 }
 
 ssize_t pread(int fd, void* buffer, size_t size, off_t at) {
-  return Moving(OnFile("read", fd), size, [&](size_t count) {
+  return Moving({"read", fd}, size, [&](size_t count) {
     return Next<ssize_t, int, void*, size_t, off_t>("pread64", fd, buffer, count, at);
   });
 }
@@ -193,7 +185,7 @@ ssize_t pread(int fd, void* buffer, size_t size, off_t at) {
 int close(int fd) {
   if (fd == t_reservedFor) t_reservedFor = -1;
   if (t_observer == nullptr) return static_cast<int>(::syscall(SYS_close, fd));
-  const FileCall call = OnFile("close", fd);
+  const FileCall call{"close", fd};
   const Fate fate = AskBefore(call);
   const auto result = static_cast<int>(::syscall(SYS_close, fd));
   TellAfter(call, true);
@@ -203,22 +195,22 @@ int close(int fd) {
 }
 
 int fsync(int fd) {
-  return Passing(OnFile("fsync", fd), [] { return 0; });
+  return Passing({"fsync", fd}, [] { return 0; });
 }
 
 void sync() noexcept {
 }
 
 off_t lseek(int fd, off_t distance, int whence) noexcept {
-  return Passing(OnFile("lseek", fd), [&] { return Next<off_t>("lseek64", fd, distance, whence); });
+  return Passing({"lseek", fd}, [&] { return Next<off_t>("lseek64", fd, distance, whence); });
 }
 
 int ftruncate(int fd, off_t size) noexcept {
-  return Passing(OnFile("ftruncate", fd), [&] { return Next<int>("ftruncate64", fd, size); });
+  return Passing({"ftruncate", fd}, [&] { return Next<int>("ftruncate64", fd, size); });
 }
 
 int fallocate(int fd, int mode, off_t offset, off_t size) {
-  return Passing(OnFile("fallocate", fd), [&] {
+  return Passing({"fallocate", fd}, [&] {
     t_reservedFor = fd;
     t_reserved = offset + size;
     return Next<int>("fallocate64", fd, mode, offset, size);
@@ -226,57 +218,57 @@ int fallocate(int fd, int mode, off_t offset, off_t size) {
 }
 
 int fchmod(int fd, mode_t mode) noexcept {
-  return Passing(OnFile("fchmod", fd), [&] { return Next<int>("fchmod", fd, mode); });
+  return Passing({"fchmod", fd}, [&] { return Next<int>("fchmod", fd, mode); });
 }
 
 int fchown(int fd, uid_t owner, gid_t group) noexcept {
-  return Passing(OnFile("fchown", fd), [&] { return Next<int>("fchown", fd, owner, group); });
+  return Passing({"fchown", fd}, [&] { return Next<int>("fchown", fd, owner, group); });
 }
 
 int statx(int directory, const char* path, int flags, unsigned mask,
           struct statx* status) noexcept {
   const bool named = *path != '\0';
-  return Passing(named ? ByName("statx", path) : OnFile("statx", directory), [&] {
+  return Passing({"statx", named ? -1 : directory, named ? path : nullptr}, [&] {
     return static_cast<int>(::syscall(SYS_statx, directory, path, flags, mask, status));
   });
 }
 
 int faccessat(int directory, const char* path, int mode, int flags) noexcept {
-  return Passing(ByName("faccessat", path),
+  return Passing({"faccessat", -1, path},
                  [&] { return Next<int>("faccessat", directory, path, mode, flags); });
 }
 
 DIR* opendir(const char* path) {
-  return Passing(ByName("opendir", path), [&] { return Next<DIR*>("opendir", path); });
+  return Passing({"opendir", -1, path}, [&] { return Next<DIR*>("opendir", path); });
 }
 
 char* realpath(const char* path, char* out) noexcept {
-  return Passing(ByName("realpath", path), [&] { return Next<char*>("realpath", path, out); });
+  return Passing({"realpath", -1, path}, [&] { return Next<char*>("realpath", path, out); });
 }
 
 int mkdir(const char* path, mode_t mode) noexcept {
-  return Passing(ByName("mkdir", path), [&] { return Next<int>("mkdir", path, mode); });
+  return Passing({"mkdir", -1, path}, [&] { return Next<int>("mkdir", path, mode); });
 }
 
 int unlink(const char* path) noexcept {
-  return Passing(ByName("unlink", path), [&] { return Next<int>("unlink", path); });
+  return Passing({"unlink", -1, path}, [&] { return Next<int>("unlink", path); });
 }
 
 int link(const char* from, const char* to) noexcept {
-  return Passing(ByName("link", from, to), [&] { return Next<int>("link", from, to); });
+  return Passing({"link", -1, from, to}, [&] { return Next<int>("link", from, to); });
 }
 
 int rename(const char* from, const char* to) noexcept {
-  return Passing(ByName("rename", from, to), [&] { return Next<int>("rename", from, to); });
+  return Passing({"rename", -1, from, to}, [&] { return Next<int>("rename", from, to); });
 }
 
 int renameat2(int from, const char* name, int to, const char* newName, unsigned flags) noexcept {
-  return Passing(ByName("renameat2", name, newName),
+  return Passing({"renameat2", -1, name, newName},
                  [&] { return Next<int>("renameat2", from, name, to, newName, flags); });
 }
 
 int mkostemp(char* name, int flags) {
-  return Passing(ByName("mkostemp", name), [&] { return Next<int>("mkostemp64", name, flags); });
+  return Passing({"mkostemp", -1, name}, [&] { return Next<int>("mkostemp64", name, flags); });
 }
 
 int MoveFile(const char* from, const char* to) {

@@ -10,9 +10,9 @@ namespace corvo_test {
 // One file-system call of the library, made by this thread.
 struct FileCall {
   std::string name;
-  int descriptor;      // -1: it names its file
-  const char* path;    // null: it has a descriptor
-  const char* target;  // of link and rename; otherwise null
+  int descriptor = -1;           // -1: it names its file
+  const char* path = nullptr;    // null: it has a descriptor
+  const char* target = nullptr;  // of link and rename; otherwise null
 
   std::string Path() const;  // of the file that it names or whose descriptor it has
 };
