@@ -63,9 +63,8 @@ class DiskModel : public FileCallObserver {
   }
 
   void After(const FileCall& call, bool succeeded) override {
-    const std::string& name = call.name;
-    if (!succeeded) {
-    } else if (name == "create" || name == "mkostemp") {
+    const std::string name = succeeded ? call.name : "";
+    if (name == "create" || name == "mkostemp") {
       const Inode inode = Identify(call.path);
       m_files[inode] = std::nullopt;
       m_pending.push_back({"", call.path, inode});
