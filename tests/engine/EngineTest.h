@@ -42,7 +42,7 @@ inline std::string TemporaryFile() {
   return TemporaryDirectory() + "/" + TemporaryFiles().at(0);
 }
 
-// One recording, in a directory of its own, and the four functions on it.
+// One recording, in a directory of its own, and what the library does with it.
 class EngineTest : public testing::Test {
  protected:
   EngineTest() {
@@ -62,11 +62,35 @@ class EngineTest : public testing::Test {
     return CreateSignature(m_path.c_str(), codec, &m_start, &m_end);
   }
   bool Verify() const { return VerifySignature(m_path.c_str()); }
+  bool IsPresent() const { return IsSignaturePresent(m_path.c_str()); }
+  bool ReadProperties() const {
+    char properties[2048];
+    return GetRecordingProperty(m_path.c_str(), properties);
+  }
+  RecordingExamination Examine() const {
+    RecordingExamination found;
+    VerifyRecording().Examine(m_path.c_str(), found);
+    return found;
+  }
 
   const std::string m_path = ScratchPath("rec/a.wav");
   const std::string m_quoted = "\"" + m_path + "\"";
   long long m_start = 0;
   long long m_end = 0;
+};
+
+// With a recording that was just sealed.
+class SealedTest : public EngineTest {
+ protected:
+  explicit SealedTest(std::size_t audioBytes = 2500)
+      : m_original(G726Recording(Audio(audioBytes))) {
+    Record(m_original);
+    EXPECT_TRUE(Seal());
+    m_sealed = Recorded();
+  }
+
+  const std::string m_original;
+  std::string m_sealed;
 };
 
 // Every engine failure line the trace has recorded.

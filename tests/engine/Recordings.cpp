@@ -45,15 +45,11 @@ std::string Payload(const NA_INFO& record) {
 }
 
 std::string G726Recording(const std::string& audio) {
-  return G726Recording(audio, SampleRecord());
-}
-
-std::string G726Recording(const std::string& audio, const NA_INFO& record) {
   return Wave()
       .Chunk("LIST", std::string(30, 'x'))
       .Chunk("eyre", Le32(0x55667788) + Le32(0x11223344))
       .Chunk("fmt ", Format(100, 1, 4) + Le16(0))
-      .Chunk("ALCH", Payload(record))
+      .Chunk("ALCH", Payload(SampleRecord()))
       .Chunk("fact", Le32(4711))
       .Chunk("data", audio)
       .Chunk("LIST", std::string(50, 'y'))

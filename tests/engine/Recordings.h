@@ -37,9 +37,6 @@ std::string Payload(const NA_INFO& record);  // of the "ALCH" chunk
 // "eyre" 0x1122334455667788, and a "LIST" chunk behind the audio.
 std::string G726Recording(const std::string& audio);
 
-// The same with another record.
-std::string G726Recording(const std::string& audio, const NA_INFO& record);
-
 constexpr long long kOldEyre = 0x1122334455667788;
 
 // The bytes of `size` sound-like audio bytes, none of them regular.

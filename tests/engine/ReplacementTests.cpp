@@ -1,5 +1,5 @@
-// How a sealed copy takes the recording's place: what is flushed when, and what part of it may
-// fail.
+// How a sealed copy takes the recording's place: what part of it may fail, and what it is refused
+// for. tests/reliability looks at what is flushed when.
 
 #include <gmock/gmock.h>
 
@@ -10,10 +10,12 @@
 #include <thread>
 
 #include "EngineTest.h"
-#include "Faults.h"
+#include "support/FileCalls.h"
 
 namespace corvo_test {
 namespace {
+
+namespace fs = std::filesystem;
 
 class ReplacementTest : public EngineTest {
  protected:
@@ -21,7 +23,6 @@ class ReplacementTest : public EngineTest {
 
   // So that a change at once is later, however slowly the file system's clock ticks.
   void SetOldTime() const {
-    namespace fs = std::filesystem;
     fs::last_write_time(m_path, fs::last_write_time(m_path) - std::chrono::hours(1));
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
@@ -52,52 +53,30 @@ TEST_F(ReplacementTest, FailingInPartIsTracedAndLosesNothing) {
   const std::string unlink = "delete file " + m_quoted;
   const std::string clear = "delete file \"TEMPORARY\"";
   const struct {
-    int failingUnlink;  // 0: none
-    bool copyFails;
+    const char* call;  // that fails; the copy makes its file by mkostemp
+    int nth;           // 0: none
+    bool isKept;       // in the temporary directory
     std::vector<std::string> failures;
   } rows[] = {
-      {0, false, {failed(rename, "")}},
-      {0, true, {failed(rename, ""), failed(copy, "")}},
-      {1, false, {failed(unlink, busy(m_quoted)), failed(rename, busy(m_quoted))}},
-      {2, false, {failed(rename, ""), failed(clear, busy("\"TEMPORARY\""))}},
+      {"", 0, false, {failed(rename, "")}},
+      {"mkostemp", 1, true, {failed(rename, ""), failed(copy, "")}},
+      {"unlink", 1, false, {failed(unlink, busy(m_quoted)), failed(rename, busy(m_quoted))}},
+      {"unlink", 2, true, {failed(rename, ""), failed(clear, busy("\"TEMPORARY\""))}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.failures.back());
+    const bool copyFails = std::string(row.call) == "mkostemp";
     EmptyTemporaryDirectory();
     Record(G726Recording("audio"));
     TraceLog trace;
     {
-      const While moving(g_movesFail, true);
-      const While copying(g_copiesFail, row.copyFails);
-      const Fault fault(Call::Unlink, row.failingUnlink, [] { return EBUSY; });
-      EXPECT_EQ(Seal(), !row.copyFails);
+      const Fault fault(
+          row.call, row.nth, [] { return Fate{EBUSY}; }, Replacement::kCopy);
+      EXPECT_EQ(Seal(), !copyFails);
     }
     EXPECT_EQ(Masked(Failures(trace)), row.failures);
-    const bool kept = row.copyFails || row.failingUnlink == 2;
-    ASSERT_EQ(TemporaryFiles().size(), kept ? 1u : 0u);
-    EXPECT_TRUE(row.copyFails ? VerifySignature(TemporaryFile().c_str()) : Verify());
-  }
-}
-
-TEST_F(ReplacementTest, DiskIsFlushedBeforeAndAfter) {
-  const std::string directory = "fsync " + ScratchPath("rec");
-  std::vector<std::string> moved = {"fsync TEMPORARY", "fsync " + TemporaryDirectory(),
-                                    "unlink " + m_path, "MoveFile"};
-  std::vector<std::string> copied = moved;
-  moved.push_back(directory);
-  copied.insert(copied.end(), {"CopyFile", "fsync " + m_path, directory, "unlink TEMPORARY"});
-  for (const bool moveFails : {false, true}) {
-    Record(G726Recording("audio"));
-    std::vector<std::string> calls;
-    {
-      const While moving(g_movesFail, moveFails);
-      const While noting(g_calls, &calls);
-      ASSERT_TRUE(Seal());
-    }
-    const std::vector<std::string>& expected = moveFails ? copied : moved;
-    ASSERT_GT(calls.size(), expected.size());
-    calls.erase(calls.begin(), calls.end() - static_cast<std::ptrdiff_t>(expected.size()));
-    EXPECT_EQ(Masked(calls), expected);
+    ASSERT_EQ(TemporaryFiles().size(), row.isKept ? 1u : 0u);
+    EXPECT_TRUE(copyFails ? VerifySignature(TemporaryFile().c_str()) : Verify());
   }
 }
 
@@ -114,11 +93,11 @@ TEST_F(ReplacementTest, WhatChangesMeanwhileIsRefusedUntouched) {
       {"grows", [&] { Record(original + "more"); }, original + "more"},
       {"shrinks", [&] { Record("short"); }, "short"},
       {"changes", [&] { Record(With(original, 3000, "x")); }, With(original, 3000, "x")},
-      {"is replaced", [&] { std::filesystem::rename(other, m_path); }, original},
+      {"is replaced", [&] { fs::rename(other, m_path); }, original},
       {"is renamed and back",
        [&] {
-         std::filesystem::rename(m_path, other);
-         std::filesystem::rename(other, m_path);
+         fs::rename(m_path, other);
+         fs::rename(other, m_path);
        },
        original},
       {"vanishes", [&] { RemoveTree(m_path); }, ""},
@@ -131,7 +110,7 @@ TEST_F(ReplacementTest, WhatChangesMeanwhileIsRefusedUntouched) {
     SetOldTime();
     TraceLog trace;
     {
-      const Fault fault(Call::Fsync, 3, [&] { return row.change(), 0; });
+      const Fault fault("fsync", 3, [&] { return row.change(), Fate{}; });
       EXPECT_FALSE(Seal());
     }
     EXPECT_EQ(Failures(trace),

@@ -6,8 +6,8 @@
 #include <thread>
 
 #include "EngineTest.h"
-#include "Faults.h"
 #include "LarkspurCommon/debug.h"
+#include "support/FileCalls.h"
 
 namespace corvo_test {
 namespace {
@@ -19,10 +19,7 @@ TEST_F(ThreadsTest, EightThreadsSealAndVerifyWhileTracing) {
   constexpr int kRounds = 10;
   std::atomic<int> waiting{kThreads};
   std::atomic<int> verified{0};
-  std::atomic<int> traced{0};
-  static std::atomic<int>* counter = &traced;
-  SetDebugHooks(nullptr, [](const char*, unsigned int) { ++*counter; });
-
+  const TraceLog trace;
   std::vector<std::thread> threads;
   for (int number = 0; number < kThreads; ++number) {
     threads.emplace_back([&, number] {
@@ -40,10 +37,9 @@ TEST_F(ThreadsTest, EightThreadsSealAndVerifyWhileTracing) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  SetDebugHooks(nullptr, nullptr);
   EXPECT_EQ(verified, kThreads * kRounds);
   // Per round: entering, leaving, and at least the two failure lines of the missing recording.
-  EXPECT_GE(traced, kThreads * kRounds * 4);
+  EXPECT_GE(trace.RawLines().size(), kThreads * kRounds * 4u);
   EXPECT_TRUE(TemporaryFiles().empty());
 }
 
@@ -67,7 +63,7 @@ void ExpectKept(const std::string& path, bool unchanged, const TraceLog& trace) 
 }
 
 // One round: two sealers and a verifier begin together. How many sealers said that it is sealed.
-int SealTwice(const std::string& path) {
+int SealTwice(const std::string& path, Replacement replacement) {
   std::atomic<int> waiting{3};
   std::atomic<int> sealed{0};
   const auto meet = [&] {
@@ -75,6 +71,7 @@ int SealTwice(const std::string& path) {
     while (waiting != 0) std::this_thread::yield();
   };
   const auto seal = [&] {
+    const FileCallObserver observer(replacement);
     long long start = 0, end = 10'000'000;
     meet();
     if (CreateSignature(path.c_str(), kG726, &start, &end)) ++sealed;
@@ -88,28 +85,31 @@ int SealTwice(const std::string& path) {
 }
 
 TEST_F(ThreadsTest, TwoSealersOfTheSameRecordingLoseNothing) {
-  for (const bool acrossFileSystems : {false, true}) {
-    const While<bool> moves(g_movesFail, acrossFileSystems);
+  for (const Replacement replacement : kReplacements) {
     for (int round = 0; round < 150; ++round) {
       TraceLog trace;
       const std::string original = G726Recording(Audio(3000));
       Record(original);
-      const int sealers = SealTwice(m_path);
+      const int sealers = SealTwice(m_path, replacement);
       ExpectKept(m_path, sealers == 0 && Recorded() == original, trace);
     }
   }
 }
 
-// The other one seals between two of the calls that decide what survives, each pair in turn.
+// The other one seals between two of the file-system calls, each pair in turn.
 TEST_F(ThreadsTest, ASealerComesBetweenAnyTwoCallsOfAnother) {
-  for (const bool acrossFileSystems : {false, true}) {
-    const While<bool> moves(g_movesFail, acrossFileSystems);
+  for (const Replacement replacement : kReplacements) {
     for (int call = 1;; ++call) {
       SCOPED_TRACE(call);
       TraceLog trace;
       Record(G726Recording(Audio(3000)));
       bool other = false;
-      Fault fault(std::nullopt, call, [&] { return other = Seal(), 0; });
+      const auto sealMeanwhile = [&] {
+        const FileCallObserver observer(replacement);
+        other = Seal();
+        return Fate{};
+      };
+      const Fault fault("", call, sealMeanwhile, replacement);
       const bool sealed = Seal();
       if (!fault.HasStruck()) break;
       EXPECT_TRUE(sealed || other);

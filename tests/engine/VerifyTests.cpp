@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "EngineTest.h"
-#include "Faults.h"
+#include "support/FileCalls.h"
 
 namespace corvo_test {
 namespace {
@@ -17,13 +17,10 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-class VerifyTest : public EngineTest {
+class VerifyTest : public SealedTest {
  protected:
-  std::string Sealed(std::size_t audioBytes = 40) {
-    Record(G726Recording(Audio(audioBytes)));
-    EXPECT_TRUE(Seal());
-    return Recorded();
-  }
+  VerifyTest() : SealedTest(40) {}
+
   std::string Failed() const {
     return kVerifying + "Legal authentication failed for file - " + m_quoted + ".";
   }
@@ -52,27 +49,23 @@ bool IsCovered(std::size_t offset) {
 }
 
 TEST_F(VerifyTest, EachByteBreaksTheSealExactlyWhereItIsCovered) {
-  const std::string sealed = Sealed();
-  for (std::size_t offset = 0; offset < sealed.size(); ++offset) {
-    std::string changed = sealed;
-    changed[offset] = static_cast<char>(changed[offset] ^ 1 << offset % 8);
-    Record(changed);
-    ASSERT_EQ(Verify(), !IsCovered(offset)) << "byte " << offset;
-    ASSERT_EQ(Recorded(), changed);
+  for (std::size_t offset = 0; offset < m_sealed.size(); ++offset) {
+    for (const int flip : {1 << offset % 8, 0xFF}) {
+      const std::string changed =
+          With(m_sealed, offset, {static_cast<char>(m_sealed[offset] ^ flip)});
+      Record(changed);
+      ASSERT_EQ(Verify(), !IsCovered(offset)) << "byte " << offset;
+      ASSERT_EQ(Examine().verdict == RecordingVerdict::kOk, !IsCovered(offset))
+          << "byte " << offset;
+      ASSERT_EQ(Recorded(), changed);
+    }
   }
   EXPECT_THAT(TemporaryFiles(), ElementsAre());
-  Record(sealed + "behind the audio");
+  Record(m_sealed + "behind the audio");
   EXPECT_TRUE(Verify());
 }
 
 TEST_F(VerifyTest, RefusalsSayWhyInTheirOrder) {
-  const std::string sealed = Sealed();
-  std::string unsealed = sealed;
-  unsealed[298] = 0;
-  std::string tampered = sealed;
-  tampered[3180] ^= 4;
-  std::string withoutEyre = sealed;
-  withoutEyre.replace(12, 4, "ayre");
   const std::string missing =
       "error \"Error 2 (No such file or directory) opening file " + m_quoted + "\" has occurred.";
   const struct {
@@ -86,10 +79,10 @@ TEST_F(VerifyTest, RefusalsSayWhyInTheirOrder) {
        "RIFF    WAVE",
        {kAsking + "no NA_INFO is found within the file " + m_quoted + ".", NoSignature()},
        false},
-      {"Unsealed", unsealed, {NoSignature()}, false},
-      {"Tampered", tampered, {Failed()}, true},
-      {"Shortened", sealed.substr(0, sealed.size() - 1), {Failed()}, true},
-      {"WalkRefused", withoutEyre, {Failed()}, true},
+      {"Unsealed", With(m_sealed, 298, "\2"), {NoSignature()}, false},
+      {"Tampered", With(m_sealed, 3180, "\1\2"), {Failed()}, true},
+      {"Shortened", m_sealed.substr(0, m_sealed.size() - 1), {Failed()}, true},
+      {"WalkRefused", With(m_sealed, 12, "ayre"), {Failed()}, true},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
@@ -99,12 +92,11 @@ TEST_F(VerifyTest, RefusalsSayWhyInTheirOrder) {
     EXPECT_FALSE(Verify());
     EXPECT_EQ(Failures(trace), row.failures);
     EXPECT_THAT(TemporaryFiles(), ElementsAre());
-    EXPECT_EQ(IsSignaturePresent(m_path.c_str()), row.present);
+    EXPECT_EQ(IsPresent(), row.present);
   }
 }
 
 TEST_F(VerifyTest, PresenceCheckIsTracedInsideTheVerification) {
-  Sealed();
   TraceLog trace;
   EXPECT_TRUE(Verify());
   EXPECT_THAT(
@@ -115,12 +107,11 @@ TEST_F(VerifyTest, PresenceCheckIsTracedInsideTheVerification) {
 }
 
 TEST_F(VerifyTest, FailingDiskIsNotCalledAForgery) {
-  Sealed();
-  for (const Call call : {Call::Read, Call::Write}) {
+  for (const char* call : {"read", "write"}) {
     bool verified = false;
     for (int nth = 1; !verified; ++nth) {
       TraceLog trace;
-      const Fault fault(call, nth, [] { return EIO; });
+      const Fault fault(call, nth, [] { return Fate{EIO}; });
       verified = Verify();
       EXPECT_EQ(verified, !fault.HasStruck());
       EXPECT_THAT(Failures(trace), Each(Not(HasSubstr("Legal")))) << "at call " << nth;
@@ -130,11 +121,10 @@ TEST_F(VerifyTest, FailingDiskIsNotCalledAForgery) {
 }
 
 TEST_F(VerifyTest, ExceptionLeavesTheTemporaryFileForTheInquiry) {
-  Sealed();
   TraceLog trace;
   {
     const While running(g_clockStep, 10);
-    const Fault fault(Call::Sleep, 1, []() -> int { throw std::runtime_error("from the host"); });
+    const While<Hook> throwing(t_onSleep, [] { throw std::runtime_error("from the host"); });
     EXPECT_FALSE(Verify());
   }
   EXPECT_THAT(trace.Texts(0x25, '2'),
@@ -144,14 +134,17 @@ TEST_F(VerifyTest, ExceptionLeavesTheTemporaryFileForTheInquiry) {
 }
 
 TEST_F(VerifyTest, ExceptionOfTheClockStaysInside) {
-  Sealed();
   int calls = 0;
   for (bool struck = true; struck; ++calls) {
     TraceLog trace;
-    const Fault fault(Call::Clock, calls + 1,
-                      []() -> int { throw std::runtime_error("from the host"); });
+    int left = calls;
+    struck = false;
+    const While<Hook> throwing(t_onClock, [&] {
+      if (left-- != 0) return;
+      struck = true;
+      throw std::runtime_error("from the host");
+    });
     ASSERT_NO_THROW(Verify()) << "at call " << calls + 1;
-    struck = fault.HasStruck();
     EXPECT_EQ(trace.Texts(0x25, '2').size(), struck ? 1u : 0u);
     EXPECT_THAT(trace.Texts(0x27, '8').back(), HasSubstr("returning "));
   }

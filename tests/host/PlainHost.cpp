@@ -10,6 +10,9 @@
 
 #include "Checks.h"
 #include "Library.h"
+#include "support/Scratch.h"
+
+using corvo_test::ScratchPath;
 
 namespace {
 
@@ -28,10 +31,9 @@ int main(int argc, char** argv) {
   host_test::Checks checks;
   const Library library = OpenLibrary(argv[2]);
   if (!GiveUpRoot()) return 2;
-  const host_test::Directory directory;
-  const std::string recording = directory.Path() + "/a.wav";
-  const std::string tree = directory.Path() + "/tree";
-  const std::string output = directory.Path() + "/output";
+  const std::string recording = ScratchPath("a.wav");
+  const std::string tree = ScratchPath("tree");
+  const std::string output = ScratchPath("output");
   std::filesystem::create_directory(tree);
   std::filesystem::copy_file(argv[1], recording);
 

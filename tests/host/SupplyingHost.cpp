@@ -14,6 +14,10 @@
 #include "Library.h"
 #include "platform/HostServices.h"
 #include "platform/Win32Compat.h"
+#include "support/Scratch.h"
+
+using corvo_test::ScratchDirectory;
+using corvo_test::ScratchPath;
 
 namespace {
 
@@ -24,7 +28,6 @@ struct Calls {
 } g_calls;
 
 std::string g_console;
-std::string g_directory;
 
 }  // namespace
 
@@ -44,7 +47,7 @@ bool RemoveDirectoryTree(unsigned long&, const char*) {
 
 const char* CorvoSettingsDirectory() {
   ++g_calls.settingsDirectory;
-  return g_directory.c_str();
+  return ScratchDirectory().c_str();
 }
 
 const char* CorvoReleaseMarker() {
@@ -58,7 +61,7 @@ void GetLocalTime(SYSTEMTIME* local) {
 
 // The program, for the library, is in the test's directory, where it puts its files.
 DWORD GetModuleFileName(void*, char* buffer, DWORD size) {
-  return static_cast<DWORD>(std::snprintf(buffer, size, "%s/Server", g_directory.c_str()));
+  return static_cast<DWORD>(std::snprintf(buffer, size, "%s/Server", ScratchDirectory().c_str()));
 }
 
 // Each look at this clock takes 10 ms, so that the library pauses after each step.
@@ -78,10 +81,8 @@ int MoveFile(const char* from, const char* to) {
 
 int main(int argc, char** argv) {
   if (argc != 3) return 2;
-  const host_test::Directory directory;
-  g_directory = directory.Path();
-  const std::string recording = g_directory + "/a.wav";
-  const std::string tree = g_directory + "/tree";
+  const std::string recording = ScratchPath("a.wav");
+  const std::string tree = ScratchPath("tree");
   std::filesystem::copy_file(argv[1], recording);
   std::filesystem::create_directory(tree);
   LONGLONG start = 0;

@@ -2,40 +2,34 @@
 // of their own length and 16 MiB, and as many file-system calls as bytes, never more than in
 // proportion.
 
+#include <malloc.h>
 #include <sys/stat.h>
 
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
+#include <functional>
 #include <new>
+#include <vector>
 
-#include "FileCalls.h"
 #include "ReliabilityTest.h"
+#include "support/FileCalls.h"
 
 namespace {
 
 std::atomic<std::size_t> g_live{0};
 std::atomic<std::size_t> g_peak{0};
 
-constexpr std::size_t kSizeField = alignof(std::max_align_t);
-
 void* Allocate(std::size_t size) {
-  auto* const block = static_cast<char*>(std::malloc(size + kSizeField));
-  if (block == nullptr) return nullptr;
-  std::memcpy(block, &size, sizeof size);
-  const std::size_t live = g_live += size;
+  void* const block = std::malloc(size);
+  const std::size_t live = g_live += ::malloc_usable_size(block);
   for (std::size_t peak = g_peak; live > peak && !g_peak.compare_exchange_weak(peak, live);) {
   }
-  return block + kSizeField;
+  return block;
 }
 
-void Release(void* memory) {
-  if (memory == nullptr) return;
-  char* const block = static_cast<char*>(memory) - kSizeField;
-  std::size_t size;
-  std::memcpy(&size, block, sizeof size);
-  g_live -= size;
+void Release(void* block) {
+  g_live -= ::malloc_usable_size(block);
   std::free(block);
 }
 
@@ -89,7 +83,7 @@ class Meter : public FileCallObserver {
   void After(const FileCall& call, bool) override {
     ++m_cost.calls;
     struct stat status {};
-    if (std::strcmp(call.name, "write") == 0 && ::fstat(call.descriptor, &status) == 0) {
+    if (call.name == "write" && ::fstat(call.descriptor, &status) == 0) {
       m_cost.temporary = std::max(m_cost.temporary, static_cast<std::size_t>(status.st_size));
     }
   }
@@ -116,124 +110,83 @@ std::string Repeated(const std::string& bytes, std::size_t length) {
   return all;
 }
 
-// A record that says so of itself.
-std::string SealedRecord() {
+struct Shape {
+  const char* name;
+  std::string begin;  // zeros follow, up to the length
+};
+
+std::vector<Shape> Shapes(std::size_t length) {
   NA_INFO record = SampleRecord();
+  const std::string unsealed = Payload(record);
   record.dwSigned = 1;
-  return Payload(record);
+  const std::string sealed = Payload(record);
+  // All that stands before the audio, for this many bytes of it.
+  const auto head = [](std::size_t audioBytes, const std::string& payload) {
+    return Wave()
+        .Chunk("eyre", std::string(8, '\1'))
+        .Chunk("fmt ", Format(100, 1, 4))
+        .Chunk("ALCH", payload)
+        .Chunk("fact", Le32(4711))
+        .ChunkClaiming("data", static_cast<unsigned>(audioBytes), "")
+        .Bytes();
+  };
+  const Wave formatOf4G = Wave()
+                              .Chunk("ALCH", sealed)
+                              .Chunk("eyre", std::string(8, '\1'))
+                              .ChunkClaiming("fmt ", 0xFFFFFFFF, Format(100, 1, 4));
+  const std::string longChunk = "long" + Le32(4084) + std::string(4084, 'x');
+  return {
+      {"AudioOf4G", head(0xFFFFFFFF, sealed)},
+      {"AudioOf2G", head(0x7FFFFFFF, sealed)},
+      {"UnsealedAudioOf2G", head(0x7FFFFFFF - 3170, unsealed)},
+      {"UnsealedLacks16M", head(length - 3174 + 16 * kMebibyte, unsealed)},
+      {"UnsealedLacks17M", head(length + 17 * kMebibyte, unsealed)},
+      {"ShortRecordLacks16M", head(length - 85 + 16 * kMebibyte, "x")},
+      {"AllAudioThere", head(length - 3170, sealed)},
+      {"UnsealedAllAudioThere", head(length - 3170, unsealed)},
+      {"ListOf4G", Wave().ChunkClaiming("LIST", 0xFFFFFFFF, "").Bytes()},
+      {"RecordOf4G", Wave().ChunkClaiming("ALCH", 0xFFFFFFFF, "").Bytes()},
+      {"FormatOf4G", formatOf4G.Bytes()},
+      {"Zeros", Wave().Bytes()},
+      {"ZerosBehindRecord", Wave().Chunk("ALCH", sealed).Bytes()},
+      {"TinyChunks", Wave().Raw(Repeated("tiny" + Le32(1) + "x", length - 12)).Bytes()},
+      {"ChunksAcrossBlocks", Wave().Raw(Repeated(longChunk, length - 12)).Bytes()},
+  };
 }
-
-// All that stands before the audio, for this many bytes of it.
-Wave Head(unsigned audioBytes, const std::string& record) {
-  return Wave()
-      .Chunk("eyre", std::string(8, '\1'))
-      .Chunk("fmt ", Format(100, 1, 4))
-      .Chunk("ALCH", record)
-      .Chunk("fact", Le32(4711))
-      .ChunkClaiming("data", audioBytes, "");
-}
-
-const struct {
-  const char* name;
-  std::string (*begin)(std::size_t length);  // zeros follow, up to the length
-} kShapes[] = {
-    {"AudioOf4G", [](std::size_t) { return Head(0xFFFFFFFF, SealedRecord()).Bytes(); }},
-    {"AudioOf2G", [](std::size_t) { return Head(0x7FFFFFFF, SealedRecord()).Bytes(); }},
-    {"UnsealedAudioOf2G",
-     [](std::size_t) { return Head(0x7FFFFFFF - 3170, Payload(SampleRecord())).Bytes(); }},
-    {"UnsealedLacks16M",
-     [](std::size_t length) {
-       return Head(static_cast<unsigned>(length - 3174 + 16 * kMebibyte), Payload(SampleRecord()))
-           .Bytes();
-     }},
-    {"UnsealedLacks17M",
-     [](std::size_t length) {
-       return Head(static_cast<unsigned>(length + 17 * kMebibyte), Payload(SampleRecord())).Bytes();
-     }},
-    {"ShortRecordLacks16M",
-     [](std::size_t length) {
-       return Head(static_cast<unsigned>(length - 85 + 16 * kMebibyte), "x").Bytes();
-     }},
-    {"AllAudioThere",
-     [](std::size_t length) {
-       return Head(static_cast<unsigned>(length - 3170), SealedRecord()).Bytes();
-     }},
-    {"UnsealedAllAudioThere",
-     [](std::size_t length) {
-       return Head(static_cast<unsigned>(length - 3170), Payload(SampleRecord())).Bytes();
-     }},
-    {"ListOf4G", [](std::size_t) { return Wave().ChunkClaiming("LIST", 0xFFFFFFFF, "").Bytes(); }},
-    {"RecordOf4G",
-     [](std::size_t) { return Wave().ChunkClaiming("ALCH", 0xFFFFFFFF, "").Bytes(); }},
-    {"FormatOf4G",
-     [](std::size_t) {
-       return Wave()
-           .Chunk("ALCH", SealedRecord())
-           .Chunk("eyre", std::string(8, '\1'))
-           .ChunkClaiming("fmt ", 0xFFFFFFFF, Format(100, 1, 4))
-           .Bytes();
-     }},
-    {"Zeros", [](std::size_t) { return Wave().Bytes(); }},
-    {"ZerosBehindRecord", [](std::size_t) { return Wave().Chunk("ALCH", SealedRecord()).Bytes(); }},
-    {"TinyChunks",
-     [](std::size_t length) {
-       return Wave().Raw(Repeated("tiny" + Le32(1) + "x", length - 12)).Bytes();
-     }},
-    {"ChunksAcrossBlocks",
-     [](std::size_t length) {
-       return Wave()
-           .Raw(Repeated("long" + Le32(4084) + std::string(4084, 'x'), length - 12))
-           .Bytes();
-     }},
-};
-
-const struct {
-  const char* name;
-  void (*run)(const char* path);
-} kOperations[] = {
-    {"Seal",
-     [](const char* path) {
-       long long time = 0;
-       CreateSignature(path, kG726, &time, &time);
-     }},
-    {"SealGsm",
-     [](const char* path) {
-       long long time = 0;
-       CreateSignature(path, kGsm, &time, &time);
-     }},
-    {"Verify", [](const char* path) { VerifySignature(path); }},
-    {"IsSealed", [](const char* path) { IsSignaturePresent(path); }},
-    {"Properties",
-     [](const char* path) {
-       char text[2048];
-       GetRecordingProperty(path, text);
-     }},
-    {"Examine",
-     [](const char* path) {
-       RecordingExamination found;
-       VerifyRecording().Examine(path, found);
-     }},
-};
 
 class BudgetTest : public ReliabilityTest {
  protected:
-  // What an operation costs for a recording that begins so and is so long.
-  Cost Measure(void (*run)(const char*), const std::string& begin, std::size_t length) {
-    StartAgain(begin);
+  struct Operation {
+    const char* name;
+    std::function<void()> run;
+  };
+
+  // What it costs for a recording of this shape and length.
+  Cost Measure(const Operation& operation, const Shape& shape, std::size_t length) {
+    StartAgain(shape.begin);
     std::filesystem::resize_file(m_path, length);
     const Meter meter;
-    run(m_path.c_str());
+    operation.run();
     return meter.Read();
   }
+
+  const Operation m_operations[6] = {{"Seal", [this] { Seal(); }},
+                                     {"SealGsm", [this] { Seal(kGsm); }},
+                                     {"Verify", [this] { Verify(); }},
+                                     {"IsSealed", [this] { IsPresent(); }},
+                                     {"Properties", [this] { ReadProperties(); }},
+                                     {"Examine", [this] { Examine(); }}};
 };
 
 TEST_F(BudgetTest, HostileRecordingsCostNoMoreThanTheirLength) {
   Counts counts{"operations on hostile recordings"};
-  for (const auto& shape : kShapes) {
-    for (const auto& operation : kOperations) {
-      SCOPED_TRACE(std::string(operation.name) + " of " + shape.name);
-      const Cost once = Measure(operation.run, shape.begin(kLength), kLength);
-      const Cost twice = Measure(operation.run, shape.begin(2 * kLength), 2 * kLength);
+  const std::vector<Shape> shapes = Shapes(kLength);
+  const std::vector<Shape> longer = Shapes(2 * kLength);
+  for (std::size_t i = 0; i < shapes.size(); ++i) {
+    for (const Operation& operation : m_operations) {
+      SCOPED_TRACE(std::string(operation.name) + " of " + shapes[i].name);
+      const Cost once = Measure(operation, shapes[i], kLength);
+      const Cost twice = Measure(operation, longer[i], 2 * kLength);
       ++counts.strikes;
       counts.Check(twice.calls <= 2 * once.calls + 10,
                    std::to_string(once.calls) + " calls become " + std::to_string(twice.calls));

@@ -6,11 +6,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <optional>
 
-#include "FileCalls.h"
-#include "LarkspurCommon/CorvoIniData.h"
 #include "ReliabilityTest.h"
+#include "support/FileCalls.h"
 
 namespace corvo_test {
 namespace {
@@ -21,53 +20,6 @@ constexpr struct {
 } kFaults[] = {
     {"EIO", {EIO}},       {"ENOSPC", {ENOSPC}}, {"EACCES", {EACCES}},           {"EINTR", {EINTR}},
     {"EMFILE", {EMFILE}}, {"short", {0, true}}, {"full disk", {0, false, true}}};
-
-// Strikes the `nth` call, from 1; a full disk stays full. Where recordings are replaced by a copy,
-// no rename crosses over.
-class OneFault : public FileCallObserver {
- public:
-  OneFault(int nth, const Fate& fate, Replacement replacement = Replacement::kMove)
-      : m_left(nth), m_fate(fate), m_replacement(replacement) {}
-
-  Fate Before(const FileCall& call) override {
-    const bool crosses = std::strcmp(call.name, "renameat2") == 0;
-    if (--m_left == 0) {
-      m_struck = call.name;
-      m_struckRemoval = Removes(call);
-      return m_fate;
-    }
-    if (m_left < 0 && m_fate.isFull) return m_fate;
-    return {m_replacement == Replacement::kCopy && crosses ? EXDEV : 0};
-  }
-
-  bool HasStruck() const { return m_left <= 0; }
-  const char* Struck() const { return m_struck; }
-  bool StruckRemoval() const { return m_struckRemoval; }
-
- private:
-  int m_left;
-  const Fate m_fate;
-  const Replacement m_replacement;
-  const char* m_struck = "";
-  bool m_struckRemoval = false;
-};
-
-std::size_t OpenDescriptors() {
-  return ListDirectory("/proc/self/fd").size();
-}
-
-// Runs `attempt` with each call struck in each way, until a run passes all its calls. `attempt`
-// sets up, makes the fault, acts and checks; it gives whether the fault has struck.
-template <class Attempt>
-void ForEachFault(Counts& counts, Attempt attempt) {
-  for (const auto& fault : kFaults) {
-    for (int nth = 1;; ++nth) {
-      SCOPED_TRACE(std::string(fault.name) + " at call " + std::to_string(nth));
-      if (!attempt(nth, fault.fate)) break;
-      ++counts.strikes;
-    }
-  }
-}
 
 // Whether each temporary file that is left is one that could not be deleted, or is kept because
 // the recording's place couldn't be taken, and a failure line says so.
@@ -83,142 +35,143 @@ bool IsToldOrGone(const TraceLog& trace) {
                      [&](const std::string& name) { return told.find(name) != std::string::npos; });
 }
 
-using FaultLoopTest = ReliabilityTest;
+class FaultLoopTest : public ReliabilityTest {
+ protected:
+  // Runs `attempt` with each call struck in each way, until a run passes all its calls. `attempt`
+  // gets the call and its fate, and gives whether that has struck.
+  template <class Attempt>
+  void ForEachFault(Attempt attempt) {
+    for (const auto& fault : kFaults) {
+      for (int nth = 1;; ++nth) {
+        SCOPED_TRACE(std::string(fault.name) + " at call " + std::to_string(nth));
+        if (!attempt(nth, fault.fate)) break;
+        ++m_counts.strikes;
+      }
+    }
+  }
+
+  // Sets up, acts under the fault, and checks; `check` gets the call that was struck, "" where
+  // none was, and what was traced.
+  template <class SetUp, class Act, class Check>
+  void ForEachFault(SetUp setUp, Act act, Check check) {
+    ForEachFault([&](int nth, const Fate& fate) {
+      setUp();
+      const std::size_t descriptors = OpenDescriptors();
+      const TraceLog trace;
+      std::optional<Fault> fault(
+          std::in_place, "", nth, [&] { return fate; }, m_replacement);
+      act();
+      const std::string struck = fault->Struck();
+      fault.reset();
+      SCOPED_TRACE(struck);
+      m_counts.Check(OpenDescriptors() == descriptors, "a descriptor leaks");
+      check(struck, trace);
+      return !struck.empty();
+    });
+  }
+
+  Replacement m_replacement = Replacement::kMove;
+  Counts m_counts{"faults"};
+
+ private:
+  static std::size_t OpenDescriptors() { return ListDirectory("/proc/self/fd").size(); }
+};
 
 TEST_F(FaultLoopTest, SealingLosesNothing) {
-  Counts counts{"faults in sealing"};
   for (const Replacement replacement : kReplacements) {
-    ForEachFault(counts, [&](int nth, const Fate& fate) {
-      StartAgain(m_original);
-      const std::size_t descriptors = OpenDescriptors();
-      TraceLog trace;
-      bool result = false;
-      bool struck = false;
-      bool removal = false;
-      const char* call = "";
-      {
-        OneFault fault(nth, fate, replacement);
-        result = Seal();
-        struck = fault.HasStruck();
-        removal = fault.StruckRemoval();
-        call = fault.Struck();
-      }
-      SCOPED_TRACE(call);
+    m_replacement = replacement;
+    bool result = false;
+    const auto check = [&](const std::string& struck, const TraceLog& trace) {
       const std::string recorded = Recorded();
       const bool kept = IsKept();
-      counts.Check(recorded == m_original || recorded == m_sealed || kept, "the recording is lost");
+      m_counts.Check(recorded == m_original || recorded == m_sealed || kept,
+                     "the recording is lost");
       if (result) {
-        counts.Check(recorded == m_sealed, "true, but it isn't sealed");
+        m_counts.Check(recorded == m_sealed, "true, but it isn't sealed");
       } else {
-        counts.Check(recorded == m_original || kept, "false, but it isn't as it was");
-        counts.Check(!Failures(trace).empty(), "false, and nothing says why");
+        m_counts.Check(recorded == m_original || kept, "false, but it isn't as it was");
+        m_counts.Check(!Failures(trace).empty(), "false, and nothing says why");
       }
-      counts.Check(IsToldOrGone(trace), "a temporary file stays for no reason told");
-      counts.Check(ListDirectory(ScratchPath("rec")).size() <= 1 || removal,
-                   "another file is left");
-      counts.Check(OpenDescriptors() == descriptors, "a descriptor leaks");
-      return struck;
-    });
+      m_counts.Check(IsToldOrGone(trace), "a temporary file stays for no reason told");
+      m_counts.Check(ListDirectory(ScratchPath("rec")).size() <= 1 || struck == "unlink",
+                     "another file is left");
+    };
+    ForEachFault([&] { StartAgain(m_original); }, [&] { result = Seal(); }, check);
   }
 }
 
 TEST_F(FaultLoopTest, VerificationIsNeverWrong) {
-  Counts counts{"faults in verification"};
-  const std::string broken = With(m_sealed, 3500, "broken");
-  for (const std::string& bytes : {m_sealed, broken}) {
-    ForEachFault(counts, [&](int nth, const Fate& fate) {
-      StartAgain(bytes);
-      const std::size_t descriptors = OpenDescriptors();
-      TraceLog trace;
-      bool result = false;
-      bool struck = false;
-      {
-        OneFault fault(nth, fate);
-        result = Verify();
-        struck = fault.HasStruck();
-      }
-      counts.Check(!result || bytes == m_sealed, "a broken recording verifies");
-      counts.Check(result || struck || bytes == broken, "a good one doesn't");
-      counts.Check(Recorded() == bytes, "the recording has changed");
-      counts.Check(IsToldOrGone(trace), "a temporary file stays for no reason told");
-      counts.Check(OpenDescriptors() == descriptors, "a descriptor leaks");
-      return struck;
-    });
+  for (const bool good : {true, false}) {
+    const std::string bytes = good ? m_sealed : With(m_sealed, 3500, "broken");
+    bool result = false;
+    const auto check = [&](const std::string& struck, const TraceLog& trace) {
+      m_counts.Check(!result || good, "a broken recording verifies");
+      m_counts.Check(result || !struck.empty() || !good, "a good one doesn't");
+      m_counts.Check(Recorded() == bytes, "the recording has changed");
+      m_counts.Check(IsToldOrGone(trace), "a temporary file stays for no reason told");
+    };
+    ForEachFault([&] { StartAgain(bytes); }, [&] { result = Verify(); }, check);
   }
 }
 
 // What can't be read is not called broken.
 TEST_F(FaultLoopTest, ExaminationIsNeverWrong) {
-  Counts counts{"faults in examinations"};
+  using Verdict = RecordingVerdict;
   for (const bool good : {true, false}) {
     StartAgain(good ? m_sealed : With(m_sealed, 3500, "broken"));
-    ForEachFault(counts, [&](int nth, const Fate& fate) {
-      const std::size_t descriptors = OpenDescriptors();
-      RecordingExamination found;
-      bool struck = false;
-      {
-        OneFault fault(nth, fate);
-        VerifyRecording().Examine(m_path.c_str(), found);
-        struck = fault.HasStruck();
-      }
-      const RecordingVerdict verdict = good ? RecordingVerdict::kOk : RecordingVerdict::kBroken;
-      counts.Check(
-          found.verdict == verdict || (struck && found.verdict == RecordingVerdict::kUnreadable),
-          "the verdict is wrong");
-      counts.Check(OpenDescriptors() == descriptors, "a descriptor leaks");
-      return struck;
-    });
+    Verdict verdict{};
+    const auto check = [&](const std::string& struck, const TraceLog&) {
+      m_counts.Check(verdict == (good ? Verdict::kOk : Verdict::kBroken) ||
+                         (!struck.empty() && verdict == Verdict::kUnreadable),
+                     "the verdict is wrong");
+    };
+    ForEachFault([] {}, [&] { verdict = Examine().verdict; }, check);
   }
 }
 
 TEST_F(FaultLoopTest, SettingsAreOldOrNew) {
-  Counts counts{"faults in changes of settings"};
   const std::string path = ScratchPath("faults.ini");
   for (const SettingsChange& change : kSettingsChanges) {
     SCOPED_TRACE(change.name);
-    ForEachFault(counts, [&](int nth, const Fate& fate) {
+    std::optional<CorvoIniData> store;
+    const auto setUp = [&] {
       RemoveTree(path);
       WriteFile(path, "stale=1\n");
-      CorvoIniData store(path.c_str());
-      ReplaceByOlder(path, change.before);  // the store reads it again, under the fault
-      const std::size_t descriptors = OpenDescriptors();
-      bool struck = false;
-      {
-        OneFault fault(nth, fate);
-        store.Set(change.key, change.value);
-        struck = fault.HasStruck();
-      }
+      store.emplace(path.c_str());
+      change.WriteBefore(path);  // the store reads it again, under the fault
+    };
+    const auto check = [&](const std::string& struck, const TraceLog&) {
       const std::string entries = Entries(path);
-      counts.Check(entries == change.before || entries == change.after, "settings are lost");
-      counts.Check(struck || ReadFile(path) == change.after, "without a fault, it isn't written");
-      counts.Check(store.Get(change.key) == change.value, "the store forgets the change");
-      counts.Check(OpenDescriptors() == descriptors, "a descriptor leaks");
-      return struck;
-    });
+      m_counts.Check(entries == change.before || entries == change.after, "settings are lost");
+      m_counts.Check(!struck.empty() || ReadFile(path) == change.after,
+                     "without a fault, it isn't written");
+      m_counts.Check(store->Get(change.key) == change.value, "the store forgets the change");
+    };
+    ForEachFault(
+        setUp, [&] { store->Set(change.key, change.value); }, check);
   }
 }
 
 // The configuration's start, in a process of its own each time.
 TEST_F(FaultLoopTest, StartKeepsTheSettings) {
-  Counts counts{"faults in the configuration's start"};
   const std::string path = std::string(CorvoSettingsDirectory()) + "/corvo_settings.ini";
   VMRegistry::global()->ReInitRegistry();  // what is spelled otherwise on the disk is now so here
   const std::string before = ReadFile(path);
-  ForEachFault(counts, [&](int nth, const Fate& fate) {
+  ForEachFault([&](int nth, const Fate& fate) {
     WriteFile(path, before);
     const pid_t child = ::fork();
     if (child == 0) {
-      OneFault fault(nth, fate);
+      const Fault fault("", nth, [&] { return fate; });
       VMRegistry::global()->ReInitRegistry();
       ::_exit(fault.HasStruck() ? 1 : 0);
     }
     int status = 0;
-    counts.Check(::waitpid(child, &status, 0) == child && WIFEXITED(status), "the host has died");
+    m_counts.Check(::waitpid(child, &status, 0) == child && WIFEXITED(status), "the host has died");
     const std::string after = Entries(path);
     for (std::size_t at = 0, end; (end = before.find('\n', at)) != std::string::npos;
          at = end + 1) {
-      counts.Check(after.find(before.substr(at, end - at)) != std::string::npos,
-                   "a setting is lost: " + before.substr(at, end - at));
+      m_counts.Check(after.find(before.substr(at, end - at)) != std::string::npos,
+                     "a setting is lost: " + before.substr(at, end - at));
     }
     return WEXITSTATUS(status) == 1;
   });

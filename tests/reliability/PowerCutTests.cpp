@@ -6,18 +6,20 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <functional>
 #include <map>
 #include <optional>
 
-#include "FileCalls.h"
 #include "ReliabilityTest.h"
+#include "support/FileCalls.h"
 
 namespace corvo_test {
 namespace {
 
 using Inode = unsigned long long;
+
+// The bytes behind each name; nothing where they may be torn.
+using Disk = std::map<std::string, std::optional<std::string>>;
 
 std::string DirectoryOf(const std::string& path) {
   return path.substr(0, path.rfind('/'));
@@ -27,8 +29,8 @@ std::string DirectoryOf(const std::string& path) {
 class DiskModel : public FileCallObserver {
  public:
   // The `failingFlush`th flush, from 1, fails; 0: none.
-  DiskModel(Replacement replacement, int failingFlush)
-      : m_replacement(replacement), m_flushesLeft(failingFlush) {}
+  DiskModel(Replacement replacement_, int failingFlush)
+      : FileCallObserver(replacement_), m_flushesLeft(failingFlush) {}
 
   bool HasFailed() const { return m_flushesLeft < 0; }
 
@@ -36,11 +38,10 @@ class DiskModel : public FileCallObserver {
   void Add(const std::string& path) {
     const Inode inode = Identify(path);
     m_names[path] = inode;
-    m_files[inode] = File{ReadFile(path), true};
+    m_files[inode] = ReadFile(path);
   }
 
-  // Calls `look` with each set of names and the bytes behind them (nothing where they may be torn)
-  // that a power cut now may leave.
+  // Calls `look` with each disk that a power cut now may leave.
   template <class Look>
   void ForEachDisk(Look look) const {
     const std::size_t subsets = std::size_t{1} << m_pending.size();
@@ -49,44 +50,32 @@ class DiskModel : public FileCallObserver {
       for (std::size_t i = 0; i < m_pending.size(); ++i) {
         if ((kept >> i & 1) != 0) Apply(m_pending[i], names);
       }
-      std::map<std::string, std::optional<std::string>> disk;
-      for (const auto& [name, inode] : names) {
-        const File& file = m_files.at(inode);
-        if (file.isFlushed) {
-          disk[name] = file.bytes;
-        } else {
-          disk[name] = std::nullopt;
-        }
-      }
+      Disk disk;
+      for (const auto& [name, inode] : names) disk[name] = m_files.at(inode);
       look(disk);
     }
   }
 
   Fate Before(const FileCall& call) override {
-    const bool crosses = std::strcmp(call.name, "renameat2") == 0;
-    if (m_replacement == Replacement::kCopy && crosses) return {EXDEV};
-    if (std::strcmp(call.name, "fsync") == 0 && m_flushesLeft > 0 && --m_flushesLeft == 0) {
-      m_flushesLeft = -1;
-      return {EIO};
-    }
-    if (Removes(call)) m_pending.push_back({call.path, "", 0});
-    return {};
+    if (call.name != "fsync" || m_flushesLeft <= 0 || --m_flushesLeft != 0) return {};
+    m_flushesLeft = -1;
+    return {EIO};
   }
 
   void After(const FileCall& call, bool succeeded) override {
-    const std::string name = call.name;
-    if (!succeeded) {
-      if (Removes(call)) m_pending.pop_back();
-    } else if (name == "create" || name == "mkostemp") {
+    const std::string name = succeeded ? call.name : "";
+    if (name == "create" || name == "mkostemp") {
       const Inode inode = Identify(call.path);
-      m_files[inode] = File{"", false};
+      m_files[inode] = std::nullopt;
       m_pending.push_back({"", call.path, inode});
     } else if (name == "rename" || name == "renameat2") {
       m_pending.push_back({call.path, call.target, Identify(call.target)});
+    } else if (name == "unlink") {
+      m_pending.push_back({call.path, "", 0});
     } else if (name == "write" || name == "ftruncate") {
-      m_files[Identify(PathOf(call))].isFlushed = false;
+      m_files[Identify(call.Path())] = std::nullopt;
     } else if (name == "fsync") {
-      Flush(PathOf(call));
+      Flush(call.Path());
     }
     Look();
   }
@@ -95,11 +84,6 @@ class DiskModel : public FileCallObserver {
   std::function<void()> Look = [] {};
 
  private:
-  struct File {
-    std::string bytes;  // as flushed last
-    bool isFlushed = false;
-  };
-
   // A name that goes, one that comes, or both at once.
   struct Change {
     std::string removed;
@@ -118,20 +102,14 @@ class DiskModel : public FileCallObserver {
     return status.st_ino;
   }
 
-  static std::string PathOf(const FileCall& call) {
-    return "/proc/self/fd/" + std::to_string(call.descriptor);
-  }
-
   // A directory's flush writes every change of a name in it, and what came with it.
   void Flush(const std::string& path) {
-    struct stat status {};
-    EXPECT_EQ(::stat(path.c_str(), &status), 0);
-    if (!S_ISDIR(status.st_mode)) {
-      m_files[status.st_ino] = File{ReadFile(path), true};
+    if (!std::filesystem::is_directory(path)) {
+      m_files[Identify(path)] = ReadFile(path);
       return;
     }
     const auto isIn = [&](const std::string& name) {
-      return !name.empty() && Identify(DirectoryOf(name)) == status.st_ino;
+      return !name.empty() && Identify(DirectoryOf(name)) == Identify(path);
     };
     std::vector<Change> left;
     for (const Change& change : m_pending) {
@@ -144,17 +122,14 @@ class DiskModel : public FileCallObserver {
     m_pending.swap(left);
   }
 
-  const Replacement m_replacement;
   int m_flushesLeft;
   std::map<std::string, Inode> m_names;
-  std::map<Inode, File> m_files;
+  std::map<Inode, std::optional<std::string>> m_files;  // as flushed last
   std::vector<Change> m_pending;
 };
 
 class PowerCutTest : public ReliabilityTest {
  protected:
-  using Disk = std::map<std::string, std::optional<std::string>>;
-
   // Whether a name leads to the whole recording.
   bool Holds(const Disk& disk) const {
     const std::string prefix = TemporaryDirectory() + "/QRT";

@@ -1,26 +1,20 @@
 #ifndef TESTS_RELIABILITY_RELIABILITYTEST_H
 #define TESTS_RELIABILITY_RELIABILITYTEST_H
 
+#include <chrono>
 #include <cstdio>
+#include <filesystem>
+#include <list>
 #include <string>
 
 #include "EngineTest.h"
+#include "LarkspurCommon/CorvoIniData.h"
 
 namespace corvo_test {
 
-// How the sealed copy takes the recording's place.
-enum class Replacement { kMove, kCopy };
-constexpr Replacement kReplacements[] = {Replacement::kMove, Replacement::kCopy};
-
 // A recording that is sealed again and again, each time from the same bytes into the same bytes.
-class ReliabilityTest : public EngineTest {
+class ReliabilityTest : public SealedTest {
  protected:
-  ReliabilityTest() : m_original(G726Recording(Audio(2500))) {
-    Record(m_original);
-    EXPECT_TRUE(Seal());
-    m_sealed = Recorded();
-  }
-
   void StartAgain(const std::string& bytes) {
     RemoveTree(ScratchPath("rec"));
     MakeDirectory(ScratchPath("rec"));
@@ -35,9 +29,6 @@ class ReliabilityTest : public EngineTest {
     }
     return false;
   }
-
-  const std::string m_original;
-  std::string m_sealed;
 };
 
 // The settings file of a store that changes, before and after.
@@ -47,6 +38,15 @@ struct SettingsChange {
   const char* key;
   const char* value;
   std::string after;
+
+  // Makes `before` a settings file that was written long ago; none where it is empty.
+  void WriteBefore(const std::string& path) const {
+    RemoveTree(path);
+    if (before.empty()) return;
+    WriteFile(path, before);
+    const auto written = std::filesystem::last_write_time(path);
+    std::filesystem::last_write_time(path, written - std::chrono::hours(1));
+  }
 };
 
 inline const SettingsChange kSettingsChanges[] = {
@@ -56,11 +56,19 @@ inline const SettingsChange kSettingsChanges[] = {
     {"is new", "", "b", "2", "B=2\r\n"},
 };
 
-// Makes `bytes` a settings file that was written long ago; none where there are no bytes.
-void ReplaceByOlder(const std::string& path, const std::string& bytes);
-
 // The entries of a settings file as a store reads them.
-std::string Entries(const std::string& path);
+inline std::string Entries(const std::string& path) {
+  CorvoIniData store(path.c_str());
+  std::list<tstring> keys;
+  std::list<tstring> values;
+  store.GetKeysAndValues(keys, values);
+  std::string entries;
+  for (const tstring& key : keys) {
+    entries += key + "=" + values.front() + "\r\n";
+    values.pop_front();
+  }
+  return entries;
+}
 
 // What a loop has done, shown as its test ends.
 struct Counts {

@@ -1,42 +1,28 @@
 // The product, its host call, the plain commands that it prints, and the script that shares no code
 // with it say the same of the same recordings.
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
-#include "support/Bytes.h"
-#include "support/Scratch.h"
-#include "tools/Shell.h"
+#include "tools/ShellTest.h"
 
+namespace corvo_test {
 namespace {
-
-using corvo_test::Le32;
-using corvo_test::MakeDirectory;
-using corvo_test::ReadFile;
-using corvo_test::Shell;
-using corvo_test::With;
-using corvo_test::WriteFile;
 
 constexpr std::size_t kHeaderSize = 3170;
 
 // Recordings made from a sealed one: whole ones, ones with a change in any field, ones whose chunks
 // stand in other orders or lie about their sizes, and pieces.
-class Corpus {
- public:
-  Corpus(const Shell& shell, const std::string& sealed) : m_shell(shell), m_sealed(sealed) {
-    MakeDirectory(shell.Path("corpus"));
+class CorvoImplementations : public ShellTest {
+ protected:
+  CorvoImplementations() : m_sealed(MakeSealed()) {
     AddFieldChanges();
     AddOrders();
     AddSizes();
     AddPieces();
   }
 
-  int Size() const { return m_count; }
-
- private:
   void Add(const std::string& bytes) {
-    WriteFile(m_shell.Path("corpus/" + std::to_string(1000 + m_count++) + ".wav"), bytes);
+    Write("corpus/" + std::to_string(1000 + m_count++) + ".wav", bytes);
   }
 
   void AddFieldChanges() {
@@ -83,51 +69,35 @@ class Corpus {
     }
     Add(m_sealed + "behind");
     Add("");
-    WriteFile(m_shell.Path("corpus/n\u00e9\u0085\xff.wav"), m_sealed);
+    Write("corpus/n\u00e9\u0085\xff.wav", m_sealed);
     ++m_count;
   }
 
-  const Shell& m_shell;
-  std::string m_sealed;
+  const std::string m_sealed;
   int m_count = 0;
 };
 
-TEST(CorvoImplementations, AgreeOnEveryRecording) {
-  const Shell shell("corpus");
-  const Corpus corpus(shell, shell.MakeSealed());
-  ASSERT_GT(corpus.Size(), 400);
-
-  shell.Run("corvo verify corpus | sed '$d' >ours");
-  const std::string ours = ReadFile(shell.Path("ours"));
-  EXPECT_EQ(std::count(ours.begin(), ours.end(), '\n'), corpus.Size());
-  EXPECT_EQ(shell
-                .Run("for word in OK broken malformed unsealed; do"
-                     " grep -q $word ours || echo no $word; done")
-                .output,
-            "");
-
-  // It doesn't tell broken from malformed.
-  EXPECT_EQ(shell
-                .Run("corvo verify --through-host-call corpus | sed '$d' | grep OK >host;"
-                     " grep OK ours | cmp - host")
-                .output,
-            "");
-  // A fifth of them, since each takes some ten processes. Only what has a seal to recompute has a
-  // recipe; its script says whether it is intact.
-  EXPECT_EQ(
-      shell
-          .Run("for f in corpus/*[05].wav; do corvo recipe $f 2>/dev/null >script &&"
-               " if sh script >said; then echo $f: OK; else echo $f: FAILED; fi; done >recipes;"
-               " grep -E '[05].wav: (OK|.*broken)' ours | sed 's/ (.*//' | diff - recipes")
-          .output,
-      "");
-
-  if (shell.Run("command -v python3").exitCode != 0) GTEST_SKIP() << "no python3 here";
-  EXPECT_EQ(shell
-                .Run("python3 '" CORVO_SAMPLES
-                     "/../examples/verify_seal.py' corpus/* >theirs; diff ours theirs")
-                .output,
-            "");
+TEST_F(CorvoImplementations, AgreeOnEveryRecording) {
+  ASSERT_GT(m_count, 400);
+  Run("corvo verify corpus | sed '$d' >ours");
+  Walk({{"wc -l <ours", 0, std::to_string(m_count) + "\n"},
+        {"for word in OK broken malformed unsealed; do grep -q $word ours || echo $word; done", 0,
+         ""},
+        // It doesn't tell broken from malformed.
+        {"corvo verify --through-host-call corpus | sed '$d' | grep OK >host; grep OK ours |"
+         " cmp - host",
+         0, ""},
+        // A fifth of them, since each takes some ten processes. Only what has a seal to recompute
+        // has a recipe; its script says whether it is intact.
+        {"for f in corpus/*[05].wav; do corvo recipe $f 2>/dev/null >script &&"
+         " if sh script >said; then echo $f: OK; else echo $f: FAILED; fi; done >recipes;"
+         " grep -E '[05].wav: (OK|.*broken)' ours | sed 's/ (.*//' | diff - recipes",
+         0, ""}});
+  if (!Has("python3")) GTEST_SKIP() << "no python3 here";
+  Walk(
+      {{"python3 '" CORVO_SAMPLES "/../examples/verify_seal.py' corpus/* >theirs; diff ours theirs",
+        0, ""}});
 }
 
 }  // namespace
+}  // namespace corvo_test

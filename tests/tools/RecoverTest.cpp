@@ -1,109 +1,55 @@
 // corvo recover.
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 
-#include <nlohmann/json.hpp>
+#include "tools/ShellTest.h"
 
-#include "support/Bytes.h"
-#include "support/Scratch.h"
-#include "tools/Shell.h"
-
+namespace corvo_test {
 namespace {
 
-using corvo_test::Exists;
-using corvo_test::ListDirectory;
-using corvo_test::MakeDirectory;
-using corvo_test::Ran;
-using corvo_test::ReadFile;
-using corvo_test::Shell;
-using corvo_test::With;
-using corvo_test::WriteFile;
-using nlohmann::json;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-
-constexpr char kName[] = "QRT0123456789abcdef0123456789abcdef.tmp";
-constexpr char kOther[] = "QRTffffffffffffffffffffffffffffffff.tmp";
-
-struct Step {
-  const char* command;
-  int exitCode;
-  const char* part;  // of the output
-};
+constexpr char kName[] = "tmp/QRT0123456789abcdef0123456789abcdef.tmp";
+constexpr char kOther[] = "tmp/QRTffffffffffffffffffffffffffffffff.tmp";
 
 // The temporary directory `tmp` of a host, and the recordings in `rec`. $Q and $R are the paths of
 // two temporary files; `old` makes a file as if written two hours ago.
-class CorvoRecover : public testing::Test {
+class CorvoRecover : public ShellTest {
  protected:
-  CorvoRecover()
-      : m_shell(std::string("recover") +
-                testing::UnitTest::GetInstance()->current_test_info()->name()),
-        m_sealed(m_shell.MakeSealed()) {
-    for (const char* directory : {"tmp", "rec", "host"}) MakeDirectory(m_shell.Path(directory));
-    WriteFile(m_shell.Path("host/corvo_settings.ini"),
-              "TempFilesDir=" + m_shell.Path("tmp") + "\nLogFileErrorsToFile=N\n");
+  CorvoRecover() : m_sealed(MakeSealed()) {
+    Run("mkdir tmp rec");
+    m_before = std::string("Q=") + kName + " R=" + kOther +
+               "; old() { touch -d '2 hours ago' \"$@\"; }; recover() { corvo recover \"$@\"; }; ";
   }
 
-  Ran Run(const std::string& command) const {
-    return m_shell.Run(std::string("Q=tmp/") + kName + " R=tmp/" + kOther +
-                       "; old() { touch -d '2 hours ago' \"$@\"; }; " + command);
-  }
-
-  void Try(const Step& step) const {
-    SCOPED_TRACE(step.command);
-    const Ran ran = Run(step.command);
-    EXPECT_EQ(ran.exitCode, step.exitCode);
-    EXPECT_THAT(ran.output, HasSubstr(step.part));
-  }
-
-  std::string Leave(const std::string& bytes) const {
-    const std::string path = m_shell.Path(std::string("tmp/") + kName);
-    WriteFile(path, bytes);
+  void Leave(const std::string& bytes) const {
+    Write(kName, bytes);
     Run("old $Q");
-    return path;
   }
 
-  std::string Text(const std::string& name) const { return ReadFile(m_shell.Path(name)); }
-  std::vector<std::string> Left() const { return ListDirectory(m_shell.Path("tmp")); }
-  std::vector<std::string> Recordings() const { return ListDirectory(m_shell.Path("rec")); }
-
-  // What remains when a host dies while it seals a copy of the sample.
-  void Crash(const std::string& instant) const {
-    Run("cp $SAMPLES/now-recording.wav rec/a.wav; $EMULATOR '" CORVO_KILLED_HOST "' " + instant +
-        " \"$PWD/rec/a.wav\" \"$PWD/host\"; old tmp/*");
-  }
-
-  const Shell m_shell;
   const std::string m_sealed;
 };
 
-TEST_F(CorvoRecover, PutsBackWhatASuddenDeathLeftInTheTemporaryDirectory) {
-  Crash("moving");
-  ASSERT_THAT(Recordings(), IsEmpty());
-  const Ran list = Run("corvo recover --dir tmp");
-  EXPECT_EQ(list.exitCode, 1);
-  EXPECT_THAT(list.output, HasSubstr(".tmp: complete (sealed and intact: it may be the only copy)\n"
-                                     "    size         7802\n"));
-  EXPECT_THAT(list.output, HasSubstr("    start        2024-05-17T09:30:00.0000000Z\n"));
-  EXPECT_THAT(list.output, HasSubstr("    szItem03     +442079460123\n"));
-  Try({"corvo recover --restore tmp/* --to rec/a.wav", 0, ".tmp: restored as rec/a.wav\n"});
-  Try({"corvo verify rec/a.wav", 0, "rec/a.wav: OK\n"});
-  Try({"corvo recover --dir tmp", 0, "0 leftovers: "});
+// As a death between the removal of the recording and the move leaves it.
+TEST_F(CorvoRecover, PutsBackTheOnlyCopy) {
+  Run("cp $SAMPLES/now-recording.wav $Q; corvo seal $Q; old $Q");
+  Try({{"recover --dir tmp", 1,
+        ".tmp: complete (sealed and intact: it may be the only copy)\n    size         7802\n"},
+       {"recover --dir tmp", 1, "    start        2024-05-17T09:30:00.0000000Z\n"},
+       {"recover --dir tmp", 1, "    szItem03     +442079460123\n"},
+       {"recover --restore tmp/* --to rec/a.wav", 0, ".tmp: restored as rec/a.wav\n"},
+       {"corvo verify rec/a.wav", 0, "rec/a.wav: OK\n"},
+       {"recover --dir tmp", 0, "0 leftovers: "}});
 }
 
 TEST_F(CorvoRecover, RemovesWhatIsLeftOfAnInterruptedCopy) {
-  Crash("copying");
-  ASSERT_THAT(Recordings(), ElementsAre("a.wav"));
-  Try({"corvo recover --dir tmp", 1,
-       ".tmp: incomplete (not sealed yet, with 1000 of 4632 bytes of audio)\n"});
-  Try({"corvo recover --restore tmp/* --to rec/b.wav", 1, ".tmp: NOT RESTORED: incomplete (not "});
-  Try({"corvo recover --remove tmp/*", 0, ".tmp: removed\n"});
-  EXPECT_THAT(Left(), IsEmpty());
-  EXPECT_THAT(Recordings(), ElementsAre("a.wav"));
+  Run("head -c 64000000 /dev/zero >s.g726; corvo record rec/a.wav s.g726 --codec g726 --start 7;"
+      " $CORVO --home home seal rec/a.wav & until test $(cat home/tempfiles/* | wc -c) -gt 9999;"
+      " do :; done; kill -KILL $!; wait; mv home/tempfiles/* tmp; old tmp/*");
+  Try({{"recover --dir tmp", 1, ".tmp: incomplete (not sealed yet, with "},
+       {"recover --restore tmp/* --to rec/b.wav", 1, ".tmp: NOT RESTORED: incomplete (not "},
+       {"recover --remove tmp/*", 0, ".tmp: removed\n"}});
+  EXPECT_THAT(List("tmp"), IsEmpty());
+  EXPECT_THAT(List("rec"), ElementsAre("a.wav"));
 }
 
 TEST_F(CorvoRecover, TellsWhatEachFileIs) {
@@ -126,143 +72,112 @@ TEST_F(CorvoRecover, TellsWhatEachFileIs) {
       {std::string(3210, '\0'), "incomplete", "malformed", "incomplete (malformed: it is no WAVE"},
       {"", "incomplete", "malformed", "incomplete (malformed: "}};
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.description);
-    const std::string path = Leave(row.bytes);
-    Try({"corvo recover --dir tmp", 1, row.description});
-    const Ran ran = Run("corvo recover --json --dir tmp");
-    const json object = json::parse(ran.output.substr(0, ran.output.find('\n')));
+    Leave(row.bytes);
+    Try({{"recover --dir tmp", 1, row.description}});
+    const json object = Json("recover --json --dir tmp");
     EXPECT_EQ(object["kind"], row.kind);
     EXPECT_EQ(object["verdict"], row.verdict);
     EXPECT_EQ(object["recent"], false);
     EXPECT_EQ(object["size"], row.bytes.size());
-
     const bool isIncomplete = std::string(row.kind) == "incomplete";
-    EXPECT_EQ(Run("corvo recover --remove $Q").exitCode, isIncomplete ? 0 : 1);
-    EXPECT_EQ(Exists(path), !isIncomplete);
+    Try({{"recover --remove $Q", isIncomplete ? 0 : 1, ""}});
+    EXPECT_EQ(Exists(Path(kName)), !isIncomplete);
   }
 }
 
 TEST_F(CorvoRecover, ListsSealingsFilesAloneAndChangesNothing) {
   Leave(m_sealed);
-  Run("cp $Q tmp/QRT0123.tmp; cp $Q tmp/${Q#tmp/}x; cp $Q tmp/x${Q#tmp/}; cp $Q tmp/$(basename $Q"
-      " .tmp)0.tmp; cp $Q tmp/QRTg123456789abcdef0123456789abcdef.tmp; mkdir $R; ln -s ../$Q"
-      " tmp/QRTeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeee.tmp");
-  const std::string before = Run("ls -lU --time-style=full-iso tmp").output;
-  Try({"rm -r $STATE; corvo recover --dir tmp; test $? = 1 -a ! -e $STATE", 0,
-       "1 leftover: 1 comp"});
-  EXPECT_EQ(Run("ls -lU --time-style=full-iso tmp").output, before);
-
-  Try({"corvo recover --dir \"$PWD\"'\\TMP'", 1, "/tmp/QRT0123456789abcdef"});
-  Run("mv tmp 'new\nline'");
-  Try({"corvo recover --dir 'new\nline'", 1, "\\new\\nline/QRT0123456789abcdef"});
-  Run("mv new* $(printf '\\377')");
-  const Ran ran = Run("corvo recover --json --dir $(printf '\\377')");
-  const json object = json::parse(ran.output.substr(0, ran.output.find('\n')));
-  EXPECT_EQ(object["name"], std::string("\\xff/") + kName);
+  Run("cp $Q tmp/QRT0123.tmp; cp $Q ${Q}x; cp $Q tmp/x${Q#tmp/}; cp $Q ${Q%.tmp}0.tmp;"
+      " cp $Q tmp/QRTg123456789abcdef0123456789abcdef.tmp; mkdir $R;"
+      " ln -s ../$Q tmp/QRTeeeeeeeeeeeeeeeeeeeeeeeeeeeeeeee.tmp");
+  const std::string look = "ls -lU --time-style=full-iso tmp";
+  const std::string before = Output(look);
+  Try({{"rm -r $STATE; recover --dir tmp; test $? = 1 -a ! -e $STATE", 0, "1 leftover: 1 comp"},
+       {"recover --dir \"$PWD\"'\\TMP'", 1, "/tmp/QRT0123456789abcdef"}});
+  EXPECT_EQ(Output(look), before);
+  Try({{"mv tmp 'new\nline'; recover --dir 'new\nline'", 1, "\\new\\nline/QRT0123456789abcdef"}});
+  const json object = Json("mv new* $(printf '\\377'); recover --json --dir $(printf '\\377')");
+  EXPECT_EQ(object["name"], std::string("\\xff") + (kName + 3));
   EXPECT_EQ(object["escaped"], true);
 }
 
 TEST_F(CorvoRecover, LeavesRecentFilesToTheServer) {
-  Leave(m_sealed);
-  Run("touch $Q");
-  const Step rows[] = {
-      {"corvo recover --dir tmp", 1, ".tmp: complete, recent (sealed"},
-      {"corvo recover --restore $Q --to rec/a.wav", 1, "NOT RESTORED: complete, recent"},
-      {"corvo recover --older-than 2h --restore $Q --to rec/a.wav", 1, "NOT RESTORED"},
-      {"cp $Q rec/same.wav; corvo recover --remove $Q --sealed-as rec/same.wav", 1, "NOT REMOVED"},
-      {": >$R; corvo recover --remove $R", 1, "NOT REMOVED: incomplete, recent (malformed"},
-      {"rm $Q; corvo recover --dir tmp", 0, "1 incomplete, 0 unreadable, 1 of them recent\n"},
-      {"touch -d tomorrow $R; corvo recover --remove $R", 1, "NOT REMOVED: incomplete, recent"},
-      {"corvo recover --older-than 0s --dir tmp", 1, "1 incomplete, 0 unreadable, 0 of them re"},
-      {"corvo recover --older-than 0s --remove $R", 0, "removed\n"}};
-  for (const Step& row : rows) Try(row);
+  Write(kName, m_sealed);
+  Try({{"recover --dir tmp", 1, ".tmp: complete, recent (sealed"},
+       {"recover --restore $Q --to rec/a.wav", 1, "NOT RESTORED: complete, recent"},
+       {"recover --older-than 2h --restore $Q --to rec/a.wav", 1, "NOT RESTORED"},
+       {"cp $Q rec/same.wav; recover --remove $Q --sealed-as rec/same.wav", 1, "NOT REMOVED"},
+       {": >$R; recover --remove $R", 1, "NOT REMOVED: incomplete, recent (malformed"},
+       {"rm $Q; recover --dir tmp", 0, "1 incomplete, 0 unreadable, 1 of them recent\n"},
+       {"touch -d tomorrow $R; recover --remove $R", 1, "NOT REMOVED: incomplete, recent"},
+       {"recover --older-than 0s --dir tmp", 1, "1 incomplete, 0 unreadable, 0 of them re"},
+       {"recover --older-than 0s --remove $R", 0, "removed\n"}});
 }
 
 TEST_F(CorvoRecover, NeverReplacesAFileAndLosesNothing) {
-  const std::string leftover = Leave(m_sealed);
-  WriteFile(m_shell.Path("rec/a.wav"), "mine");
-  const Step rows[] = {
-      {"corvo recover --restore $Q --to rec/a.wav", 2, "rec/a.wav: exists already"},
-      {"ln -s gone rec/link; corvo recover --restore $Q --to rec/link", 2, "exists already"},
-      {"corvo recover --restore $Q --to rec", 2, "rec: exists already"},
-      {"corvo recover --restore $Q --to gone/a.wav", 2, "gone/a.wav: No such file"},
-      {"corvo recover --restore $Q --to rec/b.wav --remove $Q", 2, "excludes"},
-      {"corvo recover --restore $Q", 2, "--to"},
-      {"corvo recover --restore $Q --to ''", 2, "the name is empty"},
-      {"corvo recover --restore $R --to rec/b.wav", 2, "No such file or directory\n"},
-      {"ln -s ../$Q $R; corvo recover --restore $R --to rec/b.wav", 2, "is not a regular file\n"},
-      {"corvo recover --remove $R", 2, "is not a regular file\n"},
-      {"corvo recover --remove rec/a.wav", 2, "rec/a.wav: is no temporary file"},
-      {"corvo recover --dir gone", 2, "gone: No such file or directory\n"},
-      {"corvo recover", 2, "--dir, --restore or --remove is required"}};
-  for (const Step& row : rows) Try(row);
-  EXPECT_EQ(ReadFile(leftover), m_sealed);
-  EXPECT_EQ(Text("rec/a.wav"), "mine");
-  EXPECT_THAT(Recordings(), ElementsAre("a.wav", "link"));
+  Leave(m_sealed);
+  Write("rec/a.wav", "mine");
+  Try({{"recover --restore $Q --to rec/a.wav", 2, "rec/a.wav: exists already"},
+       {"ln -s gone rec/link; recover --restore $Q --to rec/link", 2, "exists already"},
+       {"recover --restore $Q --to rec", 2, "rec: exists already"},
+       {"recover --restore $Q --to gone/a.wav", 2, "gone/a.wav: No such file"},
+       {"recover --restore $Q --to rec/b.wav --remove $Q", 2, "excludes"},
+       {"recover --restore $Q", 2, "--to"},
+       {"recover --restore $Q --to ''", 2, "the name is empty"},
+       {"recover --restore $R --to rec/b.wav", 2, "No such file or directory\n"},
+       {"ln -s ../$Q $R; recover --restore $R --to rec/b.wav", 2, "is not a regular file\n"},
+       {"recover --remove $R", 2, "is not a regular file\n"},
+       {"recover --remove rec/a.wav", 2, "rec/a.wav: is no temporary file"},
+       {"recover --dir gone", 2, "gone: No such file or directory\n"},
+       {"recover", 2, "--dir, --restore or --remove is required"}});
+  EXPECT_EQ(Read(kName), m_sealed);
+  EXPECT_EQ(Read("rec/a.wav"), "mine");
+  EXPECT_THAT(List("rec"), ElementsAre("a.wav", "link"));
 }
 
 TEST_F(CorvoRecover, RemovesASealedOneOnlyForItsTwin) {
-  const std::string leftover = Leave(m_sealed);
-  WriteFile(m_shell.Path("rec/broken.wav"), With(m_sealed, 3200, "\1\2"));
-  WriteFile(m_shell.Path("rec/start.wav"), With(m_sealed, 20, "\x8"));
-  WriteFile(m_shell.Path("rec/same.wav"), m_sealed);
-  const Step rows[] = {
-      {"corvo recover --remove $Q", 1, "NOT REMOVED: complete"},
-      {"corvo recover --remove $Q --sealed-as $Q", 1, "is this very file\n"},
-      {"ln $Q rec/link.wav; corvo recover --remove $Q --sealed-as rec/link.wav", 1, "very file\n"},
-      {"corvo recover --remove $Q --sealed-as rec/broken.wav", 1, "rec/broken.wav is broken: "},
-      {"corvo recover --remove $Q --sealed-as rec/start.wav", 1, "is another recording\n"},
-      {"corvo recover --remove $Q --sealed-as rec/gone.wav", 1, "is unreadable: No such file"}};
-  for (const Step& row : rows) Try(row);
-  EXPECT_EQ(ReadFile(leftover), m_sealed);
-  Try({"corvo recover --remove $Q --sealed-as rec/same.wav", 0, "removed\n"});
+  Leave(m_sealed);
+  Write("rec/broken.wav", With(m_sealed, 3200, "\1\2"));
+  Write("rec/start.wav", With(m_sealed, 20, "\x8"));
+  Write("rec/same.wav", m_sealed);
+  Try({{"recover --remove $Q", 1, "NOT REMOVED: complete"},
+       {"recover --remove $Q --sealed-as $Q", 1, "is this very file\n"},
+       {"ln $Q rec/link.wav; recover --remove $Q --sealed-as rec/link.wav", 1, "very file\n"},
+       {"recover --remove $Q --sealed-as rec/broken.wav", 1, "rec/broken.wav is broken: "},
+       {"recover --remove $Q --sealed-as rec/start.wav", 1, "is another recording\n"},
+       {"recover --remove $Q --sealed-as rec/gone.wav", 1, "is unreadable: No such file"}});
+  EXPECT_EQ(Read(kName), m_sealed);
+  Try({{"recover --remove $Q --sealed-as rec/same.wav", 0, "removed\n"}});
   Leave(With(m_sealed, 3200, "\1\2"));
-  Try({"corvo recover --remove $R $Q --sealed-as rec/same.wav", 2, "No such file"});
-  EXPECT_FALSE(Exists(leftover)) << "the others are done all the same";
+  Try({{"recover --remove $R $Q --sealed-as rec/same.wav", 2, "No such file"}});
+  EXPECT_FALSE(Exists(Path(kName))) << "the others are done all the same";
 }
 
-// To a directory on another file system than the scratch directory, where there is one.
-class CorvoRecoverAcross : public CorvoRecover {
- protected:
-  CorvoRecoverAcross() {
-    char name[] = "/dev/shm/corvo-recover-XXXXXX";
-    if (::mkdtemp(name) != nullptr) m_directory = name;
+// To a directory on another file system than the scratch directory, where there is one. The limit
+// ends a copy as a full disk does.
+TEST_F(CorvoRecover, CopiesToAnotherFileSystemWholeOrNotAtAll) {
+  char there[] = "/dev/shm/corvo-recover-XXXXXX";
+  struct stat here, other;
+  if (::mkdtemp(there) == nullptr || ::stat(Path("tmp").c_str(), &here) != 0 ||
+      ::stat(there, &other) != 0 || here.st_dev == other.st_dev) {
+    RemoveTree(there);
+    GTEST_SKIP() << "there is no second file system";
   }
-  ~CorvoRecoverAcross() override {
-    if (!m_directory.empty()) corvo_test::RemoveTree(m_directory);
-  }
+  Leave(m_sealed);
+  m_before += std::string("there=") + there + "; look() { stat -c '%a %u %g %y' $1; }; ";
+  Try({{"trap '' XFSZ; ulimit -f 2; recover --restore $Q --to $there/a.wav", 2,
+        "File too large; nothing is lost: see tmp/QRT"}});
+  EXPECT_EQ(Read(kName), m_sealed);
+  EXPECT_THAT(ListDirectory(there), IsEmpty());
 
-  void SetUp() override {
-    struct stat here, there;
-    if (m_directory.empty() || ::stat(m_shell.Path("tmp").c_str(), &here) != 0 ||
-        ::stat(m_directory.c_str(), &there) != 0 || here.st_dev == there.st_dev) {
-      GTEST_SKIP() << "there is no second file system";
-    }
-  }
-
-  std::string m_directory;
-};
-
-TEST_F(CorvoRecoverAcross, CopiesAndKeepsWhatTheFileSystemKnows) {
-  const std::string leftover = Leave(m_sealed);
-  const std::string look = "stat -c '%a %u %g %y' ";
-  Run("chmod 640 $Q");
-  const std::string before = Run(look + "$Q").output;
-  Try({("corvo recover --restore $Q --to " + m_directory + "/a.wav").c_str(), 0, "restored as"});
-  EXPECT_FALSE(Exists(leftover));
-  EXPECT_EQ(ReadFile(m_directory + "/a.wav"), m_sealed);
-  EXPECT_EQ(Run(look + m_directory + "/a.wav").output, before);
-  EXPECT_THAT(ListDirectory(m_directory), ElementsAre("a.wav"));
-}
-
-// The limit ends a copy as a full disk does.
-TEST_F(CorvoRecoverAcross, ACopyThatFailsLeavesTheLeftoverAndNothingElse) {
-  const std::string leftover = Leave(m_sealed);
-  Try({("trap '' XFSZ; ulimit -f 2; corvo recover --restore $Q --to " + m_directory + "/a.wav")
-           .c_str(),
-       2, "File too large; nothing is lost: see tmp/QRT"});
-  EXPECT_EQ(ReadFile(leftover), m_sealed);
-  EXPECT_THAT(ListDirectory(m_directory), IsEmpty());
+  const std::string before = Output("chmod 640 $Q; look $Q");
+  Try({{"recover --restore $Q --to $there/a.wav", 0, "restored as"}});
+  EXPECT_FALSE(Exists(Path(kName)));
+  EXPECT_EQ(ReadFile(there + std::string("/a.wav")), m_sealed);
+  EXPECT_EQ(Output("look $there/a.wav"), before);
+  EXPECT_THAT(ListDirectory(there), ElementsAre("a.wav"));
+  RemoveTree(there);
 }
 
 }  // namespace
+}  // namespace corvo_test

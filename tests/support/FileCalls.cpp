@@ -1,6 +1,6 @@
-// The test program as a host that exports its own file-system calls. None waits for a disk.
+// The test program as a host that exports its own versions of what the library calls.
 
-#include "FileCalls.h"
+#include "support/FileCalls.h"
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -14,13 +14,19 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <filesystem>
 #include <type_traits>
 #include <utility>
 
+#include "LarkspurCommon/XTTime.h"
 #include "platform/Win32Compat.h"
 
 namespace corvo_test {
+
+thread_local Hook t_onSleep, t_onMoveFile, t_onClock;
+std::atomic<int> g_sleeps{0};
+int g_clockStep = -1;
+
 namespace {
 
 thread_local FileCallObserver* t_observer = nullptr;
@@ -41,7 +47,10 @@ class Unobserved {
 Fate AskBefore(const FileCall& call) {
   FileCallObserver* const observer = t_observer;
   const Unobserved scope;
-  return observer->Before(call);
+  Fate fate = observer->Before(call);
+  const bool crosses = observer->replacement == Replacement::kCopy && call.name == "renameat2";
+  if (crosses && fate.error == 0) fate.error = EXDEV;
+  return fate;
 }
 
 void TellAfter(const FileCall& call, bool succeeded) {
@@ -65,10 +74,6 @@ Result Next(const char* name, Args... args) {
   return reinterpret_cast<Result (*)(Args...)>(::dlsym(RTLD_NEXT, name))(args...);
 }
 
-bool Is(const FileCall& call, const char* name) {
-  return std::strcmp(call.name, name) == 0;
-}
-
 // The descriptor that room was taken for last, and up to where.
 thread_local int t_reservedFor = -1;
 thread_local off_t t_reserved = 0;
@@ -83,7 +88,8 @@ size_t Room(int descriptor, off_t start, size_t size) {
 }
 
 bool NeedsRoom(const FileCall& call) {
-  return Is(call, "fallocate") || Is(call, "create") || Is(call, "mkostemp") || Is(call, "mkdir");
+  return call.name == "fallocate" || call.name == "create" || call.name == "mkostemp" ||
+         call.name == "mkdir";
 }
 
 // `real` gets the number of bytes to move; `start` is where they are written, -1 at the position.
@@ -93,7 +99,7 @@ auto Moving(const FileCall& call, size_t size, Real real, off_t start = -1)
   if (t_observer == nullptr) return real(size);
   Fate fate = AskBefore(call);
   if (fate.isFull && NeedsRoom(call)) fate.error = ENOSPC;
-  if (fate.isFull && Is(call, "write")) {
+  if (fate.isFull && call.name == "write") {
     if (start == -1) start = Next<off_t>("lseek64", call.descriptor, off_t{0}, SEEK_CUR);
     size = Room(call.descriptor, start, size);
     if (size == 0) fate.error = ENOSPC;
@@ -112,17 +118,14 @@ auto Passing(const FileCall& call, Real real) {
   return Moving(call, 0, [&](size_t) { return real(); });
 }
 
-FileCall OnFile(const char* name, int descriptor) {
-  return {name, descriptor, nullptr, nullptr};
-}
-
-FileCall ByName(const char* name, const char* path, const char* target = nullptr) {
-  return {name, -1, path, target};
-}
-
 }  // namespace
 
-FileCallObserver::FileCallObserver() {
+std::string FileCall::Path() const {
+  if (path != nullptr) return path;
+  return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor)).string();
+}
+
+FileCallObserver::FileCallObserver(Replacement replacement_) : replacement(replacement_) {
   t_observer = this;
 }
 
@@ -130,8 +133,13 @@ FileCallObserver::~FileCallObserver() {
   t_observer = nullptr;
 }
 
-bool Removes(const FileCall& call) {
-  return Is(call, "unlink");
+Fate Fault::Before(const FileCall& call) {
+  if (m_isFull) return {0, false, true};
+  if (HasStruck() || (!m_name.empty() && call.name != m_name) || --m_left != 0) return {};
+  m_struck = call.name;
+  const Fate fate = m_strike();
+  m_isFull = fate.isFull;
+  return fate;
 }
 
 }  // namespace corvo_test
@@ -147,17 +155,17 @@ int open(const char* path, int flags, ...) {
   va_end(args);
   const bool creates =
       (flags & O_CREAT) != 0 && ::syscall(SYS_faccessat, AT_FDCWD, path, F_OK) != 0;
-  return Passing(ByName(creates ? "create" : "open", path),
+  return Passing({creates ? "create" : "open", -1, path},
                  [&] { return ::openat(AT_FDCWD, path, flags, mode); });
 }
 
 ssize_t read(int fd, void* buffer, size_t size) {
-  return Moving(OnFile("read", fd), size,
+  return Moving({"read", fd}, size,
                 [&](size_t count) -> ssize_t { return ::syscall(SYS_read, fd, buffer, count); });
 }
 
 ssize_t write(int fd, const void* buffer, size_t size) {
-  return Moving(OnFile("write", fd), size,
+  return Moving({"write", fd}, size,
                 [&](size_t count) -> ssize_t { return ::syscall(SYS_write, fd, buffer, count); });
 }
 
@@ -165,11 +173,11 @@ ssize_t pwrite(int fd, const void* buffer, size_t size, off_t at) {
   const auto real = [&](size_t count) {
     return Next<ssize_t, int, const void*, size_t, off_t>("pwrite64", fd, buffer, count, at);
   };
-  return Moving(OnFile("write", fd), size, real, at);
+  return Moving({"write", fd}, size, real, at);
 }
 
 ssize_t pread(int fd, void* buffer, size_t size, off_t at) {
-  return Moving(OnFile("read", fd), size, [&](size_t count) {
+  return Moving({"read", fd}, size, [&](size_t count) {
     return Next<ssize_t, int, void*, size_t, off_t>("pread64", fd, buffer, count, at);
   });
 }
@@ -177,7 +185,7 @@ ssize_t pread(int fd, void* buffer, size_t size, off_t at) {
 int close(int fd) {
   if (fd == t_reservedFor) t_reservedFor = -1;
   if (t_observer == nullptr) return static_cast<int>(::syscall(SYS_close, fd));
-  const FileCall call = OnFile("close", fd);
+  const FileCall call{"close", fd};
   const Fate fate = AskBefore(call);
   const auto result = static_cast<int>(::syscall(SYS_close, fd));
   TellAfter(call, true);
@@ -187,22 +195,22 @@ int close(int fd) {
 }
 
 int fsync(int fd) {
-  return Passing(OnFile("fsync", fd), [] { return 0; });
+  return Passing({"fsync", fd}, [] { return 0; });
 }
 
 void sync() noexcept {
 }
 
 off_t lseek(int fd, off_t distance, int whence) noexcept {
-  return Passing(OnFile("lseek", fd), [&] { return Next<off_t>("lseek64", fd, distance, whence); });
+  return Passing({"lseek", fd}, [&] { return Next<off_t>("lseek64", fd, distance, whence); });
 }
 
 int ftruncate(int fd, off_t size) noexcept {
-  return Passing(OnFile("ftruncate", fd), [&] { return Next<int>("ftruncate64", fd, size); });
+  return Passing({"ftruncate", fd}, [&] { return Next<int>("ftruncate64", fd, size); });
 }
 
 int fallocate(int fd, int mode, off_t offset, off_t size) {
-  return Passing(OnFile("fallocate", fd), [&] {
+  return Passing({"fallocate", fd}, [&] {
     t_reservedFor = fd;
     t_reserved = offset + size;
     return Next<int>("fallocate64", fd, mode, offset, size);
@@ -210,60 +218,74 @@ int fallocate(int fd, int mode, off_t offset, off_t size) {
 }
 
 int fchmod(int fd, mode_t mode) noexcept {
-  return Passing(OnFile("fchmod", fd), [&] { return Next<int>("fchmod", fd, mode); });
+  return Passing({"fchmod", fd}, [&] { return Next<int>("fchmod", fd, mode); });
 }
 
 int fchown(int fd, uid_t owner, gid_t group) noexcept {
-  return Passing(OnFile("fchown", fd), [&] { return Next<int>("fchown", fd, owner, group); });
+  return Passing({"fchown", fd}, [&] { return Next<int>("fchown", fd, owner, group); });
 }
 
 int statx(int directory, const char* path, int flags, unsigned mask,
           struct statx* status) noexcept {
   const bool named = *path != '\0';
-  return Passing(named ? ByName("statx", path) : OnFile("statx", directory), [&] {
+  return Passing({"statx", named ? -1 : directory, named ? path : nullptr}, [&] {
     return static_cast<int>(::syscall(SYS_statx, directory, path, flags, mask, status));
   });
 }
 
 int faccessat(int directory, const char* path, int mode, int flags) noexcept {
-  return Passing(ByName("faccessat", path),
+  return Passing({"faccessat", -1, path},
                  [&] { return Next<int>("faccessat", directory, path, mode, flags); });
 }
 
 DIR* opendir(const char* path) {
-  return Passing(ByName("opendir", path), [&] { return Next<DIR*>("opendir", path); });
+  return Passing({"opendir", -1, path}, [&] { return Next<DIR*>("opendir", path); });
 }
 
 char* realpath(const char* path, char* out) noexcept {
-  return Passing(ByName("realpath", path), [&] { return Next<char*>("realpath", path, out); });
+  return Passing({"realpath", -1, path}, [&] { return Next<char*>("realpath", path, out); });
 }
 
 int mkdir(const char* path, mode_t mode) noexcept {
-  return Passing(ByName("mkdir", path), [&] { return Next<int>("mkdir", path, mode); });
+  return Passing({"mkdir", -1, path}, [&] { return Next<int>("mkdir", path, mode); });
 }
 
 int unlink(const char* path) noexcept {
-  return Passing(ByName("unlink", path), [&] { return Next<int>("unlink", path); });
+  return Passing({"unlink", -1, path}, [&] { return Next<int>("unlink", path); });
 }
 
 int link(const char* from, const char* to) noexcept {
-  return Passing(ByName("link", from, to), [&] { return Next<int>("link", from, to); });
+  return Passing({"link", -1, from, to}, [&] { return Next<int>("link", from, to); });
 }
 
 int rename(const char* from, const char* to) noexcept {
-  return Passing(ByName("rename", from, to), [&] { return Next<int>("rename", from, to); });
+  return Passing({"rename", -1, from, to}, [&] { return Next<int>("rename", from, to); });
 }
 
 int renameat2(int from, const char* name, int to, const char* newName, unsigned flags) noexcept {
-  return Passing(ByName("renameat2", name, newName),
+  return Passing({"renameat2", -1, name, newName},
                  [&] { return Next<int>("renameat2", from, name, to, newName, flags); });
 }
 
 int mkostemp(char* name, int flags) {
-  return Passing(ByName("mkostemp", name), [&] { return Next<int>("mkostemp64", name, flags); });
+  return Passing({"mkostemp", -1, name}, [&] { return Next<int>("mkostemp64", name, flags); });
 }
 
-void Sleep(DWORD) {
+int MoveFile(const char* from, const char* to) {
+  if (t_onMoveFile) t_onMoveFile();
+  return Next<int>("MoveFile", from, to);
+}
+
+void Sleep(DWORD milliseconds) {
+  if (milliseconds == 50) ++g_sleeps;
+  if (t_onSleep) t_onSleep();
+}
+
+unsigned long os_clock() {
+  static unsigned long own = 1'000'000;
+  if (t_onClock) t_onClock();
+  return g_clockStep < 0 ? Next<unsigned long>("os_clock")
+                         : own += static_cast<unsigned>(g_clockStep);
 }
 
 }  // extern "C"
