@@ -105,5 +105,24 @@ TEST_F(CorvoManifest, IsCompleteOrIsNotMade) {
   EXPECT_EQ(Read("list"), old);
 }
 
+// As docs/external-trust.md shows.
+TEST_F(CorvoManifest, IsSignedByTheToolsPeopleHave) {
+  const char* const signers[][2] = {
+      {"openssl",
+       "openssl genpkey -algorithm ed25519 -out key && openssl pkey -in key -pubout -out public &&"
+       " openssl pkeyutl -sign -rawin -in list -inkey key -out sig && check() { openssl pkeyutl"
+       " -verify -rawin -in list -pubin -inkey public -sigfile sig; }"},
+      {"minisign",
+       "minisign -G -W -p public -s key && minisign -S -s key -m list -x sig </dev/null &&"
+       " check() { minisign -V -p public -m list -x sig; }"}};
+  for (const auto& [program, sign] : signers) {
+    if (!Has(program)) GTEST_SKIP() << program << " isn't installed";
+    const std::string signedAndChecked = std::string("rm -f key public sig; ") + sign + " && check";
+    EXPECT_EQ(Run(signedAndChecked).exitCode, 0) << program;
+    EXPECT_EQ(Run(signedAndChecked + " && echo '# files: 3' >>list && ! check").exitCode, 0)
+        << program;
+  }
+}
+
 }  // namespace
 }  // namespace corvo_test
