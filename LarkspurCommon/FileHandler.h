@@ -176,6 +176,7 @@ class CORVO_API TFileHandler {
   CORVO_LOCAL bool RefuseOpening();
   CORVO_LOCAL bool FailOpening(int error, const tstring& path);
 
+  bool IsOpen() const { return m_descriptor != -1; }
   char* Window() { return m_cache ? m_cache.get() : &m_reserve; }
   DWORD WindowSize() const { return m_cache ? kCacheSize : DWORD{sizeof m_reserve}; }
   DWORD Unread() const { return m_cacheCount - m_cachePosition; }
@@ -183,6 +184,7 @@ class CORVO_API TFileHandler {
   CORVO_LOCAL DWORD TakeUnread(char* out, DWORD length);
   CORVO_LOCAL bool ReadDescriptor(char* out, DWORD size, DWORD taken, DWORD& delivered);
   CORVO_LOCAL bool Refill(DWORD taken);
+  CORVO_LOCAL bool ReadBinary(void* buffer, DWORD length, DWORD* got);
   CORVO_LOCAL bool ReadBytes(char* out, DWORD length, DWORD& got);
   CORVO_LOCAL bool ReadLine(char* buffer, DWORD length, DWORD& got);
 

@@ -74,22 +74,26 @@ class Line {
 }  // namespace
 
 bool TFileHandler::Read(void* buffer, DWORD length, DWORD* got) {
+  if (m_newLineMode != NLM_TEXT && IsOpen()) return ReadBinary(buffer, length, got);
   DWORD ignored;
   DWORD& delivered = got != nullptr ? *got : ignored;
   delivered = 0;
   return AtBoundary(kRead, __LINE__, false, [&] {
-    if (!GetIsOpen()) return false;
-    if (m_newLineMode != NLM_TEXT) return CachedRead(buffer, length, &delivered);
-    return ReadLine(static_cast<char*>(buffer), length, delivered);
+    return IsOpen() && ReadLine(static_cast<char*>(buffer), length, delivered);
   });
 }
 
 bool TFileHandler::CachedRead(void* buffer, DWORD length, DWORD* got) {
-  DWORD ignored;
-  DWORD& delivered = got != nullptr ? *got : ignored;
-  delivered = 0;
-  return AtBoundary(kCachedRead, __LINE__, false,
-                    [&] { return ReadBytes(static_cast<char*>(buffer), length, delivered); });
+  return ReadBinary(buffer, length, got);
+}
+
+bool TFileHandler::ReadBinary(void* buffer, DWORD length, DWORD* got) {
+  DWORD delivered = 0;
+  const bool ok = AtBoundary(kCachedRead, __LINE__, false, [&] {
+    return ReadBytes(static_cast<char*>(buffer), length, delivered);
+  });
+  if (got != nullptr) *got = delivered;
+  return ok;
 }
 
 bool TFileHandler::EndOfFile() {

@@ -24,8 +24,9 @@ DWORD TraceClock() {
   return static_cast<DWORD>(now.tv_sec) * 1000U + static_cast<DWORD>(now.tv_nsec) / 1000000U;
 }
 
-bool IsLookDue(DWORD now, DWORD last) {
-  return now - last > kRereadInterval;
+bool IsLookDue() {
+  const DWORD now = TraceClock();
+  return now - dwLastUpdateTime.load(std::memory_order_relaxed) > kRereadInterval;
 }
 
 // Whether the calling thread is the one to look at the settings file now. The others go on with
@@ -33,7 +34,7 @@ bool IsLookDue(DWORD now, DWORD last) {
 bool ClaimReread() {
   const DWORD now = TraceClock();
   DWORD last = dwLastUpdateTime.load(std::memory_order_relaxed);
-  return IsLookDue(now, last) &&
+  return now - last > kRereadInterval &&
          dwLastUpdateTime.compare_exchange_strong(last, now, std::memory_order_relaxed);
 }
 
@@ -68,7 +69,6 @@ bool PassesFilter(DWORD id) {
 }  // namespace
 
 bool IsDebugEnabled(DWORD id) {
-  const bool isCurrent = s_bInitialised.load(std::memory_order_acquire) &&
-                         !IsLookDue(TraceClock(), dwLastUpdateTime.load(std::memory_order_relaxed));
+  const bool isCurrent = s_bInitialised.load(std::memory_order_acquire) && !IsLookDue();
   return (isCurrent || LookAtSettings()) && PassesFilter(id);
 }

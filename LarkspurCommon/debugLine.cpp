@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
 #include <iterator>
 
@@ -52,38 +53,81 @@ template <unsigned kBase, int kWidth, class Char>
   return out + kWidth;
 }
 
-// What the calling thread keeps from line to line.
+// A part of the prefix that a thread keeps from line to line.
+struct KeptText {
+  char text[40];
+  unsigned length;  // 0 until it is first used
+
+  void End(char const* end) { length = static_cast<unsigned>(end - text); }
+};
+
+// All of it is copied, since a fixed number is faster. Behind the prefix there is room for that.
+[[gnu::always_inline]] inline char* PutKept(char* out, KeptText const& kept) {
+  std::memcpy(out, kept.text, sizeof kept.text);
+  return out + kept.length;
+}
+
+[[gnu::always_inline]] inline wchar_t* PutKept(wchar_t* out, KeptText const& kept) {
+  std::copy(std::begin(kept.text), std::end(kept.text), out);
+  return out + kept.length;
+}
+
+// What the calling thread keeps.
 struct ThreadState {
-  char ids[40];         // "process,thread handle,kernel thread: "
-  unsigned idsLength;   // 0 until they are first used
+  SYSTEMTIME second;    // whose text is kept
+  KeptText time;        // "day/month hour:minute:second."
+  KeptText ids;         // "process,thread handle,kernel thread: "
   bool inGetLocalTime;  // the host's version is running
 };
 thread_local ThreadState t_state;
 
+// Apart, so that the address is worked out once a line.
+[[gnu::noinline]] ThreadState& State() {
+  return t_state;
+}
+
+bool IsSameSecond(SYSTEMTIME const& a, SYSTEMTIME const& b) {
+  return a.wSecond == b.wSecond && a.wMinute == b.wMinute && a.wHour == b.wHour &&
+         a.wDay == b.wDay && a.wMonth == b.wMonth;
+}
+
+void RememberSecond(ThreadState& state, SYSTEMTIME const& now) {
+  state.second = now;
+  char* out = PutNumber<10, 2>(state.time.text, now.wDay);
+  *out++ = '/';
+  out = PutNumber<10, 2>(out, now.wMonth);
+  *out++ = ' ';
+  out = PutNumber<10, 2>(out, now.wHour);
+  *out++ = ':';
+  out = PutNumber<10, 2>(out, now.wMinute);
+  *out++ = ':';
+  out = PutNumber<10, 2>(out, now.wSecond);
+  *out++ = '.';
+  state.time.End(out);
+}
+
 // In a new process the forking thread, the only one left, has other ids.
 void ForgetIds() {
-  t_state.idsLength = 0;
+  t_state.ids.length = 0;
 }
 
 void RememberIds(ThreadState& state) {
   [[maybe_unused]] static const int watching = pthread_atfork(nullptr, nullptr, ForgetIds);
-  char* out = PutNumber<16, 4>(state.ids, static_cast<unsigned>(getpid()));
+  char* out = PutNumber<16, 4>(state.ids.text, static_cast<unsigned>(getpid()));
   *out++ = ',';
   out = PutNumber<16, 8>(out, pthread_self());
   *out++ = ',';
   out = PutNumber<10, 5>(out, static_cast<unsigned>(syscall(SYS_gettid)));
   *out++ = ':';
   *out++ = ' ';
-  state.idsLength = static_cast<unsigned>(out - state.ids);
+  state.ids.End(out);
 }
 
 // A host's GetLocalTime may trace: those lines show no time instead of asking for it again.
-SYSTEMTIME LocalTime(ThreadState& state) {
-  SYSTEMTIME now{};
-  if (state.inGetLocalTime) return now;
+void AskLocalTime(ThreadState& state, SYSTEMTIME& now) {
+  if (state.inGetLocalTime) return;
   const FlagScope asking(state.inGetLocalTime);
   GetLocalTime(&now);
-  return now;
 }
 
 char const* ModuleName(char) {
@@ -134,18 +178,11 @@ class TraceLine {
 // "%02hu/%02hu %02hu:%02hu:%02hu.%03hu %s (%02hx,%c) %04x,%08lx,%05ld: ", which always fits.
 template <class Char>
 void TraceLine<Char>::PutPrefix(DWORD id) {
-  ThreadState& state = t_state;
-  const SYSTEMTIME now = LocalTime(state);
-  Char* out = PutNumber<10, 2>(m_text, now.wDay);
-  *out++ = '/';
-  out = PutNumber<10, 2>(out, now.wMonth);
-  *out++ = ' ';
-  out = PutNumber<10, 2>(out, now.wHour);
-  *out++ = ':';
-  out = PutNumber<10, 2>(out, now.wMinute);
-  *out++ = ':';
-  out = PutNumber<10, 2>(out, now.wSecond);
-  *out++ = '.';
+  ThreadState& state = State();
+  SYSTEMTIME now{};
+  AskLocalTime(state, now);
+  if (!IsSameSecond(now, state.second) || state.time.length == 0) RememberSecond(state, now);
+  Char* out = PutKept(m_text, state.time);
   out = PutNumber<10, 3>(out, now.wMilliseconds);
   *out++ = ' ';
   if (s_moduleNamed.load(std::memory_order_acquire)) {
@@ -159,16 +196,15 @@ void TraceLine<Char>::PutPrefix(DWORD id) {
   *out++ = static_cast<Char>(level <= 9 ? '0' + level : '?');
   *out++ = ')';
   *out++ = ' ';
-  if (state.idsLength == 0) RememberIds(state);
-  std::copy(std::begin(state.ids), std::end(state.ids), out);  // a fixed number of them is faster
-  out += state.idsLength;
+  if (state.ids.length == 0) RememberIds(state);
+  out = PutKept(out, state.ids);
   m_length = static_cast<std::size_t>(out - m_text);
 }
 
 template <class Char>
 void TraceLine<Char>::PutIndentation() {
   const std::size_t spaces = std::min<std::size_t>(GetThreadIndentLevel(), kMaxLength - m_length);
-  std::fill_n(m_text + m_length, spaces, Char(' '));
+  if (spaces > 0) std::fill_n(m_text + m_length, spaces, Char(' '));
   m_length += spaces;
   m_text[m_length] = 0;
 }

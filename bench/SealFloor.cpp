@@ -2,6 +2,8 @@
 // libcrypto's digest, with nothing around them; see SealTimes.h. What it seals is what the library
 // seals, byte for byte. It takes recordings in the layout of sealed ones and looks at nothing else.
 
+#define _TIME_BITS 64  // a clock that works after 2038, as ours does
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <openssl/sha.h>

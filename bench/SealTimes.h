@@ -7,9 +7,9 @@
 #include <cstring>
 
 // How long sealing or verifying takes, file by file, in this process alone: what starting it costs
-// is not the question. The program's arguments are "seal" or "verify", the host's directory and the
-// recordings; a line each tells processor time in microseconds and pauses. In the directory stand the
-// host's settings, and "tempfiles".
+// is not the question. The program's arguments are "seal" or "verify", a directory with the host's
+// settings and "tempfiles" in it, and the recordings; a line each tells processor time in
+// microseconds and pauses.
 
 struct SealTimes {
   bool (*seal)(const char* path);

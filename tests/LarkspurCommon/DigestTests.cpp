@@ -92,33 +92,48 @@ TEST(Digests, PublishedVectors) {
   }
 }
 
-// Three blocks, for i386 on a stack that is `above` bytes off the alignment compilers count on: the
-// hosts' stacks are aligned to 4 bytes only.
-void CompressBySha(std::uint32_t* state, const unsigned char* blocks,
-                   [[maybe_unused]] unsigned above) {
+using Sha1Compress = void (*)(std::uint32_t*, const unsigned char*, std::size_t);
+
+// For i386 on a stack that is `above` bytes off the alignment compilers count on: the hosts' stacks
+// are aligned to 4 bytes only.
+void Compress(Sha1Compress compress, std::uint32_t* state, const unsigned char* blocks,
+              std::size_t count, [[maybe_unused]] unsigned above) {
 #ifdef __i386__
+  const void* const arguments[] = {state, blocks, reinterpret_cast<void*>(count)};
+  const void* const* first = arguments;
   asm volatile(
       "movl %%esp, %%esi; andl $-16, %%esp; subl %%ecx, %%esp;"
-      "pushl $3; pushl %%edx; pushl %%eax; call *%%edi; movl %%esi, %%esp"
-      : "+a"(state), "+d"(blocks), "+c"(above)
-      : "D"(Sha1CompressShaExtensions)
-      : "esi", "memory", "cc");
+      "pushl 8(%%eax); pushl 4(%%eax); pushl (%%eax); call *%%edi; movl %%esi, %%esp"
+      : "+a"(first), "+c"(above)
+      : "D"(compress)
+      : "edx", "esi", "memory", "cc");
 #else
-  Sha1CompressShaExtensions(state, blocks, 3);
+  compress(state, blocks, count);
 #endif
 }
 
-TEST(Sha1, ShaExtensionsAgreeWithPortableAtEveryAlignment) {
-  if (!Sha1ShaExtensionsUsable()) GTEST_SKIP() << "not on this processor";
+void ExpectPortableResults(Sha1Compress compress) {
   const std::string bytes = Counted(16 + 3 * 64);
   const auto* const blocks = reinterpret_cast<const unsigned char*>(bytes.data());
-  for (unsigned offset = 0; offset < 16; ++offset) {
+  for (unsigned i = 0; i < 16 * 4; ++i) {
+    const unsigned offset = i / 4;
+    const std::size_t count = i % 4;
     std::array<std::uint32_t, 5> expected = {1, 2, 3, 4, 5};
     auto state = expected;
-    Sha1CompressPortable(expected.data(), blocks + offset, 3);
-    CompressBySha(state.data(), blocks + offset, offset & 12);
-    EXPECT_EQ(state, expected) << offset;
+    Sha1CompressPortable(expected.data(), blocks + offset, count);
+    Compress(compress, state.data(), blocks + offset, count, offset & 12);
+    EXPECT_EQ(state, expected) << count << " blocks at " << offset;
   }
+}
+
+TEST(Sha1, ShaExtensionsAgreeWithPortable) {
+  if (!Sha1ShaExtensionsUsable()) GTEST_SKIP() << "not on this processor";
+  ExpectPortableResults(Sha1CompressShaExtensions);
+}
+
+TEST(Sha1, Avx2AgreesWithPortable) {
+  if (!Sha1Avx2Usable()) GTEST_SKIP() << "not on this processor";
+  ExpectPortableResults(Sha1CompressAvx2);
 }
 
 // As if gigabytes had been fed; the SHA-1 digest is another implementation's. MD5, without a
