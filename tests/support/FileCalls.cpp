@@ -184,10 +184,10 @@ ssize_t pread(int fd, void* buffer, size_t size, off_t at) {
 
 int close(int fd) {
   if (fd == t_reservedFor) t_reservedFor = -1;
-  if (t_observer == nullptr) return static_cast<int>(::syscall(SYS_close, fd));
+  if (t_observer == nullptr) return Next<int>("close", fd);
   const FileCall call{"close", fd};
   const Fate fate = AskBefore(call);
-  const auto result = static_cast<int>(::syscall(SYS_close, fd));
+  const int result = Next<int>("close", fd);
   TellAfter(call, true);
   if (fate.error == 0) return result;
   errno = fate.error;
