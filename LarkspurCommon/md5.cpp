@@ -49,7 +49,7 @@ void Encode(unsigned char* out, const std::uint32_t* in, std::uint16_t length) {
 
 // A word of a block where it is needed: a copy of them all would cost more.
 std::uint32_t Decode(const unsigned char* block, std::uint16_t word) {
-  return LoadLe32(block + 4 * word);
+  return LoadLe32(block + std::size_t{4} * word);
 }
 
 template <int kStep>
