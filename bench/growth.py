@@ -17,7 +17,7 @@ FILE_AUDIO = 72_000
 RUNS = 7
 
 WIDTH, HEIGHT, MARGIN = 640, 400, 60
-COLOURS = ("#1b6ca8", "#c0392b", "#2e8b57")
+STYLES = (("#1b6ca8", 16), ("#c0392b", 0), ("#2e8b57", 4))  # colour, where the name stands below the end
 
 
 def seal_curve(folder, room, operation):
@@ -66,12 +66,12 @@ def draw(curves):
     for step, size in enumerate(AUDIO):
         parts.append(text(x(step), HEIGHT - MARGIN + 22, f"{size / 1e6:g} MB"))
         parts.append(text(x(step), HEIGHT - MARGIN + 40, f"{FILES[step]} files"))
-    for (name, times), colour in zip(curves, COLOURS):
+    for (name, times), (colour, below) in zip(curves, STYLES):
         path = " ".join(f"{x(step):.1f},{y(time):.1f}" for step, time in enumerate(times))
         parts.append(f'<polyline points="{path}" fill="none" stroke="{colour}" stroke-width="2"/>')
         for step, time in enumerate(times):
             parts.append(f'<circle cx="{x(step):.1f}" cy="{y(time):.1f}" r="4" fill="{colour}"/>')
-        parts.append(f'<g fill="{colour}">{text(x(2) + 10, y(times[-1]) + 4, name, "start")}</g>')
+        parts.append(f'<g fill="{colour}">{text(x(2) + 10, y(times[-1]) + below, name, "start")}</g>')
     parts.append(text(WIDTH / 2 - MARGIN / 2, 30, "Processor time over length and number of recordings"))
     return "\n".join([*parts, "</svg>", ""])
 
