@@ -18,14 +18,6 @@ constexpr DWORD kDigestBlock = 8192;
 constexpr unsigned long kWorkMilliseconds = 10;
 constexpr DWORD kPauseMilliseconds = 50;
 
-// Gives `count` bytes on; what the source lacks of them is zero.
-void CopyStep(TFileHandler& destination, TFileHandler& source, DWORD count) {
-  unsigned char step[kCopyStep];
-  const DWORD delivered = ReadFully(source, step, count);
-  if (delivered < count) std::memset(step + delivered, 0, count - delivered);
-  destination.Write(step, count);
-}
-
 }  // namespace
 
 SealedCopy::SealedCopy(VerifyRecording& owner) : engine(owner), m_yieldTimer(os_clock()) {
@@ -81,9 +73,8 @@ bool SealedCopy::Build(unsigned char digest[kDigestSize]) {
 // line for each of its steps.
 bool SealedCopy::CopyAudio() {
   for (unsigned long left = audioBytes; left != 0;) {
-    const DWORD step = static_cast<DWORD>(std::min(left, kCopyStep));
-    CopyStep(temporary, recording, step);
-    engine.GiveUpTimeSlice(m_yieldTimer);
+    const unsigned long step = std::min(left, kCopyStep);
+    engine.CopyData(m_yieldTimer, temporary, recording, step);
     if (!IsSound(temporary) || !IsSound(recording)) return false;
     left -= step;
   }
@@ -129,10 +120,13 @@ bool SealedCopy::IsSound(const TFileHandler& file) {
 
 void VerifyRecording::CopyData(unsigned long& yieldTimer, TFileHandler& destination,
                                TFileHandler& source, unsigned long length) {
+  unsigned char step[kCopyStep];
   while (length != 0) {
     const DWORD count = static_cast<DWORD>(std::min(length, kCopyStep));
     length -= count;
-    CopyStep(destination, source, count);
+    const DWORD delivered = ReadFully(source, step, count);
+    if (delivered < count) std::memset(step + delivered, 0, count - delivered);
+    destination.Write(step, count);
     GiveUpTimeSlice(yieldTimer);
   }
 }
