@@ -6,30 +6,10 @@
 
 #include "LarkspurCommon/FileHandler.h"
 #include "Target.h"
+#include "TextLines.h"
 #include "support/Scratch.h"
 
 namespace {
-
-// What one read of a text file gives: character by character, as the reading of lines is defined.
-// LF, CR, CR LF and LF CR end a line and become LF; a line that `most` characters or the file's end
-// cut comes unchanged. `at` moves past what was read. Empty at the end of the file.
-std::string TakeLine(const std::string& bytes, std::size_t& at, std::size_t most) {
-  const auto isEnd = [](char ch) { return ch == '\r' || ch == '\n'; };
-  std::string line;
-  bool ended = false;
-  while (line.size() < most && !ended && at < bytes.size()) {
-    const char next = bytes[at];
-    const bool afterEnd = !line.empty() && isEnd(line.back());
-    ended = afterEnd;
-    if (afterEnd && (!isEnd(next) || next == line.back())) break;
-    line += next;
-    ++at;
-  }
-  if (!ended) return line;
-  if (line.size() > 1 && isEnd(line[line.size() - 2])) line.pop_back();
-  line.back() = '\n';
-  return line;
-}
 
 // The end of the file shows only in a read that delivers nothing.
 void ReadLines(const std::string& path, const std::string& bytes, Input lengths) {
