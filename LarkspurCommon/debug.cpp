@@ -58,11 +58,13 @@ void _DebugW(wchar_t const* format, ...) {
 }
 
 void __DebugA(DWORD id, char const* format, va_list args) {
+  const KeepErrno keep;
   RunGuarded("void __DebugA(DWORD, const char*, va_list)", __LINE__,
              [&] { __InternalDebugA(id, format, args); });
 }
 
 void __DebugW(DWORD id, wchar_t const* format, va_list args) {
+  const KeepErrno keep;
   RunGuarded("void __DebugW(DWORD, const wchar_t*, va_list)", __LINE__,
              [&] { __InternalDebugW(id, format, args); });
 }
@@ -77,7 +79,6 @@ void SetExceptionHandlerCallback(TraceHandler handler) {
 }
 
 void ReportCaught(char const* function, int line) {
-  const KeepErrno keep;
   const TraceHandler handler = s_lpfnTraceHandler.load();
   if (handler != nullptr) CallHandler(handler, "debug", function, line);
 }

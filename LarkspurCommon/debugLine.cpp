@@ -288,7 +288,6 @@ void HandOut(TraceLine<wchar_t> const& line) {
 // Apart from the filter: what a line needs must not cost those that aren't written.
 template <class Char>
 [[gnu::noinline]] void Write(DWORD id, Char const* format, va_list args) {
-  const KeepErrno keep;
   TraceLine<Char> line(id);
   if (line.Finish(format, args)) HandOut(line);
 }
