@@ -23,6 +23,7 @@ char const* Printable(char const* text) {
 void CallHandler(TraceHandler handler, char const* file, char const* function, int line) {
   static thread_local bool t_telling = false;
   if (t_telling) return;
+  const KeepErrno keep;
   const FlagScope telling(t_telling);
   Contain([&] { handler(file, function, line); });
 }
@@ -58,13 +59,11 @@ void _DebugW(wchar_t const* format, ...) {
 }
 
 void __DebugA(DWORD id, char const* format, va_list args) {
-  const KeepErrno keep;
   RunGuarded("void __DebugA(DWORD, const char*, va_list)", __LINE__,
              [&] { __InternalDebugA(id, format, args); });
 }
 
 void __DebugW(DWORD id, wchar_t const* format, va_list args) {
-  const KeepErrno keep;
   RunGuarded("void __DebugW(DWORD, const wchar_t*, va_list)", __LINE__,
              [&] { __InternalDebugW(id, format, args); });
 }

@@ -47,6 +47,7 @@ void Dump(DWORD id, void const* data, DWORD length) {
 
 void __InternalDump(DWORD id, void const* data, DWORD length) {
   if (data == nullptr || length == 0) return;
+  const KeepErrno keep;
   if (id != kUnconditional && !IsDebugEnabled(id)) return;
   const auto* bytes = static_cast<unsigned char const*>(data);
   for (DWORD left = length, count; left != 0; left -= count) {

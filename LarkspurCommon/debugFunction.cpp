@@ -95,6 +95,16 @@ class EnterTemplate {
   std::size_t m_length = 0;
 };
 
+// What is to be traced: `function`, or null where the filter, which may be a host's, lets nothing
+// through.
+char const* Traced(DWORD id, char const* function) {
+  const KeepErrno keep;
+  bool isWanted = false;
+  RunGuarded("CDebugTraceFn::CDebugTraceFn(DWORD, const char*)", __LINE__,
+             [&] { isWanted = IsDebugEnabled(id); });
+  return isWanted ? function : nullptr;
+}
+
 }  // namespace
 
 unsigned int GetThreadIndentLevel() {
@@ -128,14 +138,14 @@ CDebugIndentOutput::~CDebugIndentOutput() {
 }
 
 CDebugTraceFn::CDebugTraceFn(DWORD id, char const* function)
-    : m_function(IsDebugEnabled(id) ? function : nullptr), m_id(id) {
+    : m_function(Traced(id, function)), m_id(id) {
   if (m_function == nullptr) return;
   DebugA(id, "> %s()", function);
   IncreaseThreadIndentLevel();
 }
 
 CDebugTraceFn::CDebugTraceFn(DWORD id, char const* function, char const* format, ...)
-    : m_function(IsDebugEnabled(id) ? function : nullptr), m_id(id) {
+    : m_function(Traced(id, function)), m_id(id) {
   if (m_function == nullptr) return;
   va_list args;
   va_start(args, format);
@@ -144,7 +154,7 @@ CDebugTraceFn::CDebugTraceFn(DWORD id, char const* function, char const* format,
 }
 
 CDebugTraceFn::CDebugTraceFn(DWORD id, char const* function, wchar_t const* format, ...)
-    : m_function(IsDebugEnabled(id) ? function : nullptr), m_id(id) {
+    : m_function(Traced(id, function)), m_id(id) {
   if (m_function == nullptr) return;
   va_list args;
   va_start(args, format);

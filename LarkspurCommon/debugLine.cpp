@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -91,7 +92,10 @@ bool IsSameSecond(SYSTEMTIME const& a, SYSTEMTIME const& b) {
          a.wDay == b.wDay && a.wMonth == b.wMonth;
 }
 
+// A signal's handler may trace meanwhile: it finds nothing kept.
 void RememberSecond(ThreadState& state, SYSTEMTIME const& now) {
+  state.time.length = 0;
+  std::atomic_signal_fence(std::memory_order_seq_cst);
   state.second = now;
   char* out = PutNumber<10, 2>(state.time.text, now.wDay);
   *out++ = '/';
@@ -103,6 +107,7 @@ void RememberSecond(ThreadState& state, SYSTEMTIME const& now) {
   *out++ = ':';
   out = PutNumber<10, 2>(out, now.wSecond);
   *out++ = '.';
+  std::atomic_signal_fence(std::memory_order_seq_cst);
   state.time.End(out);
 }
 
@@ -130,12 +135,12 @@ void AskLocalTime(ThreadState& state, SYSTEMTIME& now) {
   GetLocalTime(&now);
 }
 
-char const* ModuleName(char) {
-  return s_szModuleNameA;
+char* PutModuleName(char* out) {
+  return std::copy_n(s_szModuleNameA, kModuleNameLength, out);
 }
 
-wchar_t const* ModuleName(wchar_t) {
-  return s_szModuleNameW;
+wchar_t* PutModuleName(wchar_t* out) {
+  return std::copy_n(s_szModuleNameW, std::wcslen(s_szModuleNameW), out);
 }
 
 __attribute__((format(printf, 3, 0))) int FormatText(char* out, std::size_t size,
@@ -185,9 +190,7 @@ void TraceLine<Char>::PutPrefix(DWORD id) {
   Char* out = PutKept(m_text, state.time);
   out = PutNumber<10, 3>(out, now.wMilliseconds);
   *out++ = ' ';
-  if (s_moduleNamed.load(std::memory_order_acquire)) {
-    out = std::copy_n(ModuleName(Char()), kModuleNameLength, out);
-  }
+  if (s_moduleNamed.load(std::memory_order_acquire)) out = PutModuleName(out);
   *out++ = ' ';
   *out++ = '(';
   out = PutNumber<16, 2>(out, id >> 16);
@@ -288,7 +291,9 @@ void HandOut(TraceLine<wchar_t> const& line) {
 // Apart from the filter: what a line needs must not cost those that aren't written.
 template <class Char>
 [[gnu::noinline]] void Write(DWORD id, Char const* format, va_list args) {
+  const KeepErrno keep;
   TraceLine<Char> line(id);
+  keep.Restore();
   if (line.Finish(format, args)) HandOut(line);
 }
 
@@ -296,12 +301,27 @@ bool IsWanted(DWORD id) {
   return id == kUnconditional || IsDebugEnabled(id);
 }
 
-}  // namespace
+// A host's filter may change errno. Ours doesn't, and so costs less.
+template <class Char>
+[[gnu::noinline]] void AskHost(DWORD id, Char const* format, va_list args) {
+  const KeepErrno keep;
+  if (!IsWanted(id)) return;
+  keep.Restore();
+  Write(id, format, args);
+}
 
-void __InternalDebugA(DWORD id, char const* format, va_list args) {
+template <class Char>
+[[gnu::always_inline]] inline void WriteIfWanted(DWORD id, Char const* format, va_list args) {
+  if (&IsDebugEnabled != &OwnIsDebugEnabled) return AskHost(id, format, args);
   if (IsWanted(id)) Write(id, format, args);
 }
 
+}  // namespace
+
+void __InternalDebugA(DWORD id, char const* format, va_list args) {
+  WriteIfWanted(id, format, args);
+}
+
 void __InternalDebugW(DWORD id, wchar_t const* format, va_list args) {
-  if (IsWanted(id)) Write(id, format, args);
+  WriteIfWanted(id, format, args);
 }

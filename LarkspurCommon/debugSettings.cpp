@@ -107,7 +107,7 @@ std::wstring Widen(tstring const& name) {
 void SetModuleName(tstring name) {
   name.LeftJustify(kModuleNameLength, ' ');
   char narrow[kModuleNameLength + 1];
-  wchar_t wide[kModuleNameLength + 1];
+  wchar_t wide[kModuleNameLength + 1]{};
   strncpy_s(narrow, std::size(narrow), name.c_str(), _TRUNCATE);
   wcsncpy_s(wide, std::size(wide), Widen(name).c_str(), _TRUNCATE);
   static std::mutex s_naming;  // its owner runs nothing that could trace

@@ -31,7 +31,8 @@ inline constexpr auto& s_wDebugLevel = s_filter.level;
 inline constexpr auto& dwLastUpdateTime = s_filter.lastUpdateTime;
 inline constexpr auto& s_DebugIdBitmap = s_filter.ids;
 
-// Exactly 8 characters, written once. Read them only after s_moduleNamed says that they are there.
+// 8 bytes, and the characters that these are, written once. Read them only after s_moduleNamed says
+// that they are there.
 extern char s_szModuleNameA[9];
 extern wchar_t s_szModuleNameW[9];
 extern std::atomic<bool> s_moduleNamed;
@@ -45,16 +46,21 @@ extern std::atomic<WideHook> s_lpfndbgWHook;
 // ReadDebugSettings, unless the module has been stopped or a thread is in the settings already.
 void RereadDebugSettings();
 
+// IsDebugEnabled under a name that a host can't give to its own.
+[[gnu::visibility("hidden")]] bool OwnIsDebugEnabled(DWORD id);
+
 // Every thread indents from 0 again.
 void RestartIndentation();
 
-// Callers trace between a failing call and their look at errno, and may print it with %m.
+// Callers trace between a failing call and their look at errno, and may print it with %m. What a
+// host supplies may change it.
 class KeepErrno {
  public:
   KeepErrno() : m_errno(errno) {}
-  ~KeepErrno() { errno = m_errno; }
+  ~KeepErrno() { Restore(); }
   KeepErrno(const KeepErrno&) = delete;
   KeepErrno& operator=(const KeepErrno&) = delete;
+  void Restore() const { errno = m_errno; }
 
  private:
   const int m_errno;

@@ -1,14 +1,17 @@
 // Trace lines: their text to the last character, where they are cut, who gets them, and what
 // function tracing and dumps write.
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <clocale>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <thread>
 #include <utility>
@@ -26,6 +29,7 @@ constexpr SYSTEMTIME kEvening{2023, 11, 4, 16, 17, 58, 18, 123};
 constexpr DWORD kId = 0x00270002;
 SYSTEMTIME g_now;
 bool g_traceInGetLocalTime;
+bool g_filterThrows;
 Lines g_lines;  // from hooks, console and exception handler
 
 template <class Char>
@@ -70,7 +74,17 @@ class Trace : public testing::Test {
 
 }  // namespace
 
+// A host's own filter, which leans on the library's.
+bool IsDebugEnabled(DWORD id) {
+  static const auto own =
+      reinterpret_cast<bool (*)(DWORD)>(::dlsym(RTLD_NEXT, "_Z14IsDebugEnabledj"));
+  errno = EIO;
+  if (g_filterThrows) throw 1;
+  return own(id);
+}
+
 extern "C" void GetLocalTime(SYSTEMTIME* local) {
+  errno = EINTR;
   if (g_traceInGetLocalTime) DebugA(kId, "asked");
   *local = g_now;
 }
@@ -115,6 +129,43 @@ TEST_F(Trace, LineIsLiteral) {
   EXPECT_EQ(status, 0) << "a new process shows its own ids";
 }
 
+TEST_F(Trace, HostsCallsLeaveErrnoAlone) {
+  static char const* s_error = "%m";  // the compiler calls it no standard
+  errno = ENOENT;
+  DebugA(kId, s_error, 0);
+  DebugW(kId, L"%m");
+  Dump(kId, "a", 1);
+  { const CDebugTraceFn trace(kId, "Open"); }
+  SetDebugFilterLevel(DFL_OFF);
+  DebugA(kId, s_error, 0);
+  Dump(kId, "a", 1);
+  { const CDebugTraceFn trace(kId, "Open"); }
+  EXPECT_EQ(errno, ENOENT);
+  const Lines texts = TakeTexts();
+  ASSERT_EQ(texts.size(), 5U);
+  for (const std::size_t i : {0, 1}) EXPECT_EQ(texts[i], "No such file or directory");
+}
+
+// In a process of its own, since a module is named once.
+TEST(TraceDeathTest, WideLinesNameTheModuleAsNarrowOnesDo) {
+  testing::FLAGS_gtest_death_test_style = "threadsafe";
+  const auto writesTheSame = [] {
+    static std::string s_narrow;
+    static std::wstring s_wide;
+    std::setlocale(LC_CTYPE, "C.UTF-8");
+    InitDebug(nullptr, "Stra\xC3\x9F\x65", nullptr);
+    SetDebugHooks([](wchar_t const* line, unsigned length) { s_wide.assign(line, length); },
+                  [](char const* line, unsigned length) { s_narrow.assign(line, length); });
+    DebugA(0x0000FFFF, "text");
+    DebugW(0x0000FFFF, L"text");
+    wchar_t expected[200];
+    const std::size_t length = std::mbstowcs(expected, s_narrow.c_str(), 200);
+    return s_narrow.find(" Stra\xC3\x9F\x65  (00,?) ") != s_narrow.npos &&
+           s_wide == std::wstring(expected, length);
+  };
+  EXPECT_EXIT(std::_Exit(writesTheSame() ? 0 : 1), testing::ExitedWithCode(0), "");
+}
+
 TEST_F(Trace, LineIsCutToEndInALineFeed) {
   const std::string prefix = Prefix();
   const std::size_t kRows[][2] = {{1021, 1021}, {1022, 1021}, {1023, 1022}, {3000, 1022}};
@@ -150,6 +201,10 @@ TEST_F(Trace, ConsoleWithoutHooks) {
 TEST_F(Trace, ExceptionsAreReportedAndGoNoFurther) {
   TraceException("FileHandler", "100%s", 12);
   EXPECT_EQ(TakeTexts(), Lines{"Exception has occurred in 100%s (FileHandler[12])"});
+  g_filterThrows = true;
+  { const CDebugTraceFn trace(kId, "Open"); }
+  g_filterThrows = false;
+  EXPECT_EQ(Take(), Lines{"debug: CDebugTraceFn::CDebugTraceFn(DWORD, const char*)"});
   SetDebugHooks([](wchar_t const*, unsigned) { throw 1; }, [](char const*, unsigned) { throw 1; });
   { const CDebugTraceFn trace(kId, "Open", L"%d", 1); }
   DebugTraceException("CritSect", "Lock", 7);
