@@ -69,6 +69,14 @@ CriticalSection::~CriticalSection() {
   pthread_mutex_destroy(&m_mutex);
 }
 
+[[gnu::always_inline]] inline void CriticalSection::Release() {
+  m_owner.store(0, kRelaxed);
+  m_lockTime.store(0, kRelaxed);
+  m_lockLine.store(0, kRelaxed);
+  m_lockFile.store(nullptr, kRelaxed);
+  pthread_mutex_unlock(&m_mutex);
+}
+
 bool CriticalSection::Lock(char const* file, int line, bool) {
   const pthread_t self = pthread_self();
   if (m_owner.load(kRelaxed) == self) return false;
@@ -76,8 +84,13 @@ bool CriticalSection::Lock(char const* file, int line, bool) {
   m_owner.store(self, kRelaxed);
   m_lockFile.store(file, kRelaxed);
   m_lockLine.store(line, kRelaxed);
-  Guarded("bool CriticalSection::Lock(const char*, int, bool)", __LINE__,
-          [this] { m_lockTime.store(Now(), kRelaxed); });
+  try {
+    Guarded("bool CriticalSection::Lock(const char*, int, bool)", __LINE__,
+            [this] { m_lockTime.store(Now(), kRelaxed); });
+  } catch (...) {  // cancelled: nobody would give the lock back
+    Release();
+    throw;
+  }
   return true;
 }
 
@@ -87,14 +100,13 @@ bool CriticalSection::Unlock(char const* file, int line, char const** lockFile, 
     if (check) Guarded(kUnlock, __LINE__, [&] { ReportForeignRelease(file, line); });
     return false;
   }
-  if (check && m_checkLockTime) Guarded(kUnlock, __LINE__, [&] { CheckHoldTime(file, line); });
+  if (check && m_checkLockTime) {
+    const HoldCancellation hold;  // a thread cancelled here would never free the lock
+    Guarded(kUnlock, __LINE__, [&] { CheckHoldTime(file, line); });
+  }
   if (lockFile != nullptr) *lockFile = m_lockFile.load(kRelaxed);
   if (lockLine != nullptr) *lockLine = m_lockLine.load(kRelaxed);
-  m_owner.store(0, kRelaxed);
-  m_lockTime.store(0, kRelaxed);
-  m_lockLine.store(0, kRelaxed);
-  m_lockFile.store(nullptr, kRelaxed);
-  pthread_mutex_unlock(&m_mutex);
+  Release();
   return true;
 }
 
@@ -103,7 +115,10 @@ bool CriticalSection::IsLockedByThread() {
 }
 
 unsigned long CriticalSection::TimeLocked() {
-  return Now() - m_lockTime.load(kRelaxed);
+  DWORD held = 0;
+  Guarded("unsigned long CriticalSection::TimeLocked()", __LINE__,
+          [&] { held = Now() - m_lockTime.load(kRelaxed); });
+  return held;
 }
 
 void CriticalSection::ReportForeignRelease(char const* file, int line) {
@@ -116,7 +131,6 @@ void CriticalSection::ReportForeignRelease(char const* file, int line) {
 }
 
 void CriticalSection::CheckHoldTime(char const* file, int line) {
-  const HoldCancellation hold;  // a thread cancelled here would never free the lock
   const DWORD taken = m_lockTime.load(kRelaxed);
   if (taken == 0 || m_ignoreChecks.load(kRelaxed)) return;
   const DWORD held = Now() - taken;

@@ -35,6 +35,7 @@ class CORVO_API CriticalSection {
   static std::atomic<bool> m_ignoreChecks;  // true: no lock makes a hold-time report
 
  private:
+  CORVO_LOCAL void Release();
   void ReportForeignRelease(char const* file, int line);
   void CheckHoldTime(char const* file, int line);
 

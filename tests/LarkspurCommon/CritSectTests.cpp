@@ -23,6 +23,7 @@ using Texts = std::vector<std::string>;
 unsigned long g_clock = 1000;
 int g_traps;
 bool g_servicesThrow;
+bool g_clockThrows;
 Texts g_caught;
 
 // Never returns while the lock is held.
@@ -39,6 +40,7 @@ constexpr char kDebugUnlock[] =
 }  // namespace
 
 extern "C" unsigned long os_clock() {
+  if (g_clockThrows) throw 1;
   return g_clock;
 }
 
@@ -138,8 +140,14 @@ TEST(Locks, FailingHostServiceIsReportedAndTheLockFreed) {
   }
   { const LockCriticalSection notHeld(&cs, false, "free.cpp", 2); }
   g_servicesThrow = false;
+  g_clockThrows = true;
+  EXPECT_TRUE(cs.Lock("taken.cpp", 1, true));
+  EXPECT_EQ(cs.TimeLocked(), 0U);
+  EXPECT_TRUE(cs.Unlock("release.cpp", 2, nullptr, nullptr, true));
+  g_clockThrows = false;
   SetExceptionHandlerCallback(nullptr);
   ExpectFree(cs);
-  // No time for the hold's report; no time for the line about the foreign release, and no alarm.
-  EXPECT_EQ(g_caught, (Texts{"CritSect", "debug", "CritSect"}));
+  // No time for the hold's report; no time for the line about the foreign release, and no alarm; no
+  // clock for the hold's start, nor for how long it is.
+  EXPECT_EQ(g_caught, (Texts{"CritSect", "debug", "CritSect", "CritSect", "CritSect"}));
 }
