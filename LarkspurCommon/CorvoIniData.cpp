@@ -71,7 +71,10 @@ void TakeLine(char* line, std::map<tstring, tstring>& entries, bool& repeated) {
 
 CorvoIniData::CorvoIniData(const char* fileName) : m_fileName(), m_cs(false, "m_cs", false) {
   Locked(m_cs, kConstructor, __LINE__, [&] {
-    FindFileIgnoreCase(m_fileName, fileName, true);
+    // A host's lookup is never given what may not fit its buffer.
+    if (fileName == nullptr || std::strlen(fileName) < sizeof m_fileName) {
+      FindFileIgnoreCase(m_fileName, fileName, true);
+    }
     HasFileChanged();
     LoadIniData();
   });

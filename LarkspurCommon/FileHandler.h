@@ -69,9 +69,10 @@ class CORVO_API TFileHandler {
   void WriteFormatString(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
   // Makes `text`, with each "\n" as CR LF, what the file holds, in place, by as few writes as the
-  // system allows: at every instant the file has the lines of the old text or of the new one, apart
-  // from empty lines at its end. False when it may have the old lines still, or such empty lines.
-  // For a regular file that is open for writing without truncation; its position stays.
+  // system allows: however it ends, the file isn't cut before the new text is whole, and empty
+  // lines at its end take the place of what is to go. False when it may have the old lines still,
+  // or such empty lines. For a regular file that is open for writing without truncation; its
+  // position stays.
   bool ReplaceText(const char* text);
 
   // Origin 0: the start; 1: the descriptor's position, which is ahead of the reader's while the
@@ -176,7 +177,6 @@ class CORVO_API TFileHandler {
   CORVO_LOCAL bool RefuseOpening();
   CORVO_LOCAL bool FailOpening(int error, const tstring& path);
 
-  bool IsOpen() const { return m_descriptor != -1; }
   char* Window() { return m_cache ? m_cache.get() : &m_reserve; }
   DWORD WindowSize() const { return m_cache ? kCacheSize : DWORD{sizeof m_reserve}; }
   DWORD Unread() const { return m_cacheCount - m_cachePosition; }
@@ -184,8 +184,7 @@ class CORVO_API TFileHandler {
   CORVO_LOCAL DWORD TakeUnread(char* out, DWORD length);
   CORVO_LOCAL bool ReadDescriptor(char* out, DWORD size, DWORD taken, DWORD& delivered);
   CORVO_LOCAL bool Refill(DWORD taken);
-  CORVO_LOCAL bool ReadBinary(void* buffer, DWORD length, DWORD* got);
-  CORVO_LOCAL bool ReadBytes(char* out, DWORD length, DWORD& got);
+  CORVO_LOCAL bool ReadPastCache(char* out, DWORD length, DWORD& got);
   CORVO_LOCAL bool ReadLine(char* buffer, DWORD length, DWORD& got);
 
   CORVO_LOCAL bool WriteBytes(const void* bytes, std::size_t size);

@@ -12,6 +12,7 @@
 #include "LarkspurCommon/FileHandlerReport.h"
 #include "LarkspurCommon/FileHandlerSystem.h"
 #include "LarkspurCommon/FileHandlerTimes.h"
+#include "platform/PathLookup.h"
 #include "platform/Win32Compat.h"
 
 using namespace file_layer;
@@ -61,11 +62,12 @@ class NamedFile {
   const FoundPath m_found;
 };
 
-// Most paths are spelled as they are on the disk: then one call tells all. A bare name is another
-// file, a longer path none.
+// Most paths are spelled as they are on the disk: then one call tells all, unless a host looks them
+// up. A bare name is another file, as is one with the other separator, and a longer path none.
 bool GetStatusAsSpelled(const char* path, struct statx& status) {
-  return std::strchr(path, '/') != nullptr && std::strlen(path) < MAX_PATH &&
-         GetStatus(path, status);
+  const char* const separator = std::strpbrk(path, "/\\");
+  return separator != nullptr && std::strchr(separator, '\\') == nullptr &&
+         std::strlen(path) < _MAX_DIR && platform::FindsFilesItself() && GetStatus(path, status);
 }
 
 // False with errno set.

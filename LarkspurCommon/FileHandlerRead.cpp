@@ -74,24 +74,24 @@ class Line {
 }  // namespace
 
 bool TFileHandler::Read(void* buffer, DWORD length, DWORD* got) {
-  if (m_newLineMode != NLM_TEXT && IsOpen()) return ReadBinary(buffer, length, got);
+  if (m_newLineMode != NLM_TEXT && GetIsOpen()) return CachedRead(buffer, length, got);
   DWORD ignored;
   DWORD& delivered = got != nullptr ? *got : ignored;
   delivered = 0;
   return AtBoundary(kRead, __LINE__, false, [&] {
-    return IsOpen() && ReadLine(static_cast<char*>(buffer), length, delivered);
+    return GetIsOpen() && ReadLine(static_cast<char*>(buffer), length, delivered);
   });
 }
 
+// What the cache holds is there at once; the rest may fail.
 bool TFileHandler::CachedRead(void* buffer, DWORD length, DWORD* got) {
-  return ReadBinary(buffer, length, got);
-}
-
-bool TFileHandler::ReadBinary(void* buffer, DWORD length, DWORD* got) {
-  DWORD delivered = 0;
-  const bool ok = AtBoundary(kCachedRead, __LINE__, false, [&] {
-    return ReadBytes(static_cast<char*>(buffer), length, delivered);
-  });
+  auto* const out = static_cast<char*>(buffer);
+  DWORD delivered = TakeUnread(out, length);
+  bool ok = true;
+  if (delivered < length) {
+    ok = AtBoundary(kCachedRead, __LINE__, false,
+                    [&] { return ReadPastCache(out, length, delivered); });
+  }
   if (got != nullptr) *got = delivered;
   return ok;
 }
@@ -124,10 +124,9 @@ bool TFileHandler::Refill(DWORD taken) {
   return ReadDescriptor(Window(), WindowSize(), taken, m_cacheCount);
 }
 
-bool TFileHandler::ReadBytes(char* out, DWORD length, DWORD& got) {
-  got = TakeUnread(out, length);
+// Goes on where the cache has ended, with `got` of the `length` bytes delivered.
+bool TFileHandler::ReadPastCache(char* out, DWORD length, DWORD& got) {
   const DWORD left = length - got;
-  if (left == 0) return true;
   bool ok;
   DWORD more;
   if (left < WindowSize()) {

@@ -111,6 +111,14 @@ bool FindFileIgnoreCase(char* found, const char* path, bool) {
   return platform::ToUnixPath(found, path) && platform::SpellAsOnDisk(found);
 }
 
+// The same under a name that nobody else can give.
+extern "C" bool OwnFindFileIgnoreCase(char* found, const char* path, bool)
+    __attribute__((alias("FindFileIgnoreCase"), visibility("hidden")));
+
+bool platform::FindsFilesItself() {
+  return &FindFileIgnoreCase == &OwnFindFileIgnoreCase;
+}
+
 char* DosToUnixFileName(char* out, const char* path) {
   platform::ToUnixPath(out, path);
   return out;

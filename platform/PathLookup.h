@@ -5,6 +5,9 @@
 // of the calls leaves the others as they are. Every buffer holds MAX_PATH characters.
 namespace platform {
 
+// Whether FindFileIgnoreCase, as calls find it, is the library's own and not a host's.
+bool FindsFilesItself();
+
 // `path` with '/' for '\', in `out` (which may be `path`). False, with errno set and `out` empty,
 // when it is null, empty or doesn't fit.
 bool ToUnixPath(char* out, const char* path);

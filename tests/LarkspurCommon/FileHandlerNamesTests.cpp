@@ -1,5 +1,7 @@
 // Where paths lead, what is refused and how it is told, and what becomes of files by name.
 
+#include <dlfcn.h>
+
 #include <cerrno>
 #include <filesystem>
 
@@ -10,10 +12,18 @@ using namespace corvo_test;
 
 static std::string g_removedTree;  // what the host's RemoveDirectoryTree was last given
 static bool g_noGuids;
+static std::string g_alias, g_aliased;
 
 bool RemoveDirectoryTree(unsigned long&, const char* directory) {
   g_removedTree = directory;
   return true;
+}
+
+// A host's lookup, which knows another name for a file.
+extern "C" bool FindFileIgnoreCase(char* found, const char* path, bool always) {
+  static const auto own = reinterpret_cast<bool (*)(char*, const char*, bool)>(
+      ::dlsym(RTLD_NEXT, "FindFileIgnoreCase"));
+  return own(found, path == g_alias ? g_aliased.c_str() : path, always);
 }
 
 extern "C" int CoCreateGuid(GUID* guid) {
@@ -57,6 +67,14 @@ TEST_F(FileHandlerTest, PathsLeadToTheDisk) {
     EXPECT_EQ("old", ReadFile(opened)) << "truncated only when asked, and for writing";
     EXPECT_TRUE(Open(asked, OFM_WRITE, true) && ReadFile(opened).empty());
   }
+  g_alias = Make("alias", "not this one");
+  g_aliased = Make("meant", "");
+  std::filesystem::last_write_time(g_aliased, std::filesystem::file_time_type());
+  bool exists = false;
+  FileSeconds time = 0, meant = 0;
+  EXPECT_TRUE(TFileHandler::HasFileChanged(g_alias.c_str(), exists, time));
+  EXPECT_TRUE(TFileHandler::GetLastWriteTime(g_aliased.c_str(), meant));
+  EXPECT_EQ(meant, time) << "the file that the host's lookup leads to";
 }
 
 TEST_F(FileHandlerTest, OnlyADatabaseDirectoryThatAFailedOpenMadeGoes) {

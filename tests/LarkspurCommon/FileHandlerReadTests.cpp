@@ -1,5 +1,7 @@
 // Reading: the cache, the end of the file, and lines. Writing text, which lines come from.
 
+#include <algorithm>
+
 #include "FileHandlerTest.h"
 
 using namespace corvo_test;
@@ -10,11 +12,13 @@ TEST_F(FileHandlerTest, LinesEndInAnyWayThatTextsDo) {
     std::string bytes;
     DWORD length;
     std::vector<std::string> lines;
-  } rows[] = {{"a\nbc\rd\n\re\n", 99, {"a\n", "bc\n", "d\n", "e\n"}},
-              {"\n\n\r\r", 99, {"\n", "\n", "\r"}},  // the file cuts the last one
-              {"ab\r\nc", 4, {"ab\r", "\n", "c"}},
-              {block + "\r\nb", 20000, {block + "\n", "b"}},
-              {"", 99, {}}};
+  } rows[] = {
+      {"a\nbc\rd\n\re\n", 99, {"a\n", "bc\n", "d\n", "e\n"}},
+      {"a\nin the block of the line before\n", 99, {"a\n", "in the block of the line before\n"}},
+      {"\n\n\r\r", 99, {"\n", "\n", "\r"}},  // the file cuts the last one
+      {"ab\r\nc", 4, {"ab\r", "\n", "c"}},
+      {block + "\r\nb", 20000, {block + "\n", "b"}},
+      {"", 99, {}}};
   for (const auto& row : rows) {
     for (const ssize_t most : {1, 5, -1}) {
       SCOPED_TRACE(testing::Message() << &row - rows << " " << most);
@@ -26,8 +30,13 @@ TEST_F(FileHandlerTest, LinesEndInAnyWayThatTextsDo) {
       std::vector<char> buffer(row.length);
       DWORD got = 99;
       for (const std::string& line : row.lines) {
+        std::fill(buffer.begin(), buffer.end(), 'Z');
         ASSERT_TRUE(text.Read(buffer.data(), row.length, &got));
         ASSERT_EQ(line, std::string(buffer.data(), got));
+        ASSERT_EQ(buffer[got], '\0');
+        const std::size_t behind = std::min<std::size_t>(got + 3, row.length);  // CR LF became LF
+        ASSERT_EQ(row.length - behind,
+                  static_cast<std::size_t>(std::count(buffer.begin() + behind, buffer.end(), 'Z')));
         ASSERT_FALSE(text.EndOfFile());
       }
       EXPECT_TRUE(text.Read(buffer.data(), row.length, &got) && got == 0 && text.EndOfFile());
