@@ -3,6 +3,7 @@
 
 #include "LarkspurCommon/md5.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -86,10 +87,16 @@ template <int... kStep>
   (Step<kStep>(v, block), ...);
 }
 
-void Transform(std::uint32_t state[4], const unsigned char* block) {
+// Takes whole blocks; the state stays in registers from one to the next.
+void Transform(std::uint32_t state[4], const unsigned char* block, std::size_t blocks) {
   std::uint32_t v[4] = {state[0], state[1], state[2], state[3]};
-  AllSteps(v, block, std::make_integer_sequence<int, kSteps>());
-  for (int i = 0; i < 4; ++i) state[i] += v[i];
+  for (const unsigned char* const end = block + kBlockSize * blocks; block != end;
+       block += kBlockSize) {
+    const std::uint32_t before[4] = {v[0], v[1], v[2], v[3]};
+    AllSteps(v, block, std::make_integer_sequence<int, kSteps>());
+    for (int i = 0; i < 4; ++i) v[i] += before[i];
+  }
+  std::copy_n(v, 4, state);
 }
 
 std::uint16_t Pending(const MD5_CTX& context) {
@@ -102,25 +109,6 @@ void AddToCount(MD5_CTX& context, std::uint16_t length) {
   if (context.count[0] < bits) ++context.count[1];
 }
 
-void Update(MD5_CTX& context, const unsigned char* input, std::uint16_t length) {
-  const std::uint16_t pending = Pending(context);
-  AddToCount(context, length);
-  const auto missing = static_cast<std::uint16_t>(kBlockSize - pending);
-  if (length < missing) {
-    Copy(context.buffer + pending, input, length);
-    return;
-  }
-  const unsigned char* const end = input + length;
-  const unsigned char* next = input;
-  if (pending > 0) {
-    Copy(context.buffer + pending, next, missing);
-    Transform(context.state, context.buffer);
-    next += missing;
-  }
-  for (; end - next >= kBlockSize; next += kBlockSize) Transform(context.state, next);
-  Copy(context.buffer, next, static_cast<std::uint16_t>(end - next));
-}
-
 }  // namespace
 
 void MD5Init(MD5_CTX* context) {
@@ -129,17 +117,34 @@ void MD5Init(MD5_CTX* context) {
 }
 
 void MD5Update(MD5_CTX* context, unsigned char* input, std::uint16_t length) {
-  Update(*context, input, length);
+  const std::uint16_t pending = Pending(*context);
+  AddToCount(*context, length);
+  const auto missing = static_cast<std::uint16_t>(kBlockSize - pending);
+  if (length < missing) {
+    Copy(context->buffer + pending, input, length);
+    return;
+  }
+  const unsigned char* const end = input + length;
+  const unsigned char* next = input;
+  if (pending > 0) {
+    Copy(context->buffer + pending, next, missing);
+    Transform(context->state, context->buffer, 1);
+    next += missing;
+  }
+  const auto blocks = static_cast<std::size_t>(end - next) / kBlockSize;
+  Transform(context->state, next, blocks);
+  next += blocks * kBlockSize;
+  Copy(context->buffer, next, static_cast<std::uint16_t>(end - next));
 }
 
 void MD5Final(unsigned char* digest, MD5_CTX* context) {
   unsigned char bits[8];
   Encode(bits, context->count, sizeof bits);
-  static constexpr unsigned char kPadding[kBlockSize] = {0x80};
+  unsigned char padding[kBlockSize] = {0x80};
   const std::uint16_t pending = Pending(*context);
   const int zerosEnd = pending < kLengthOffset ? kLengthOffset : kBlockSize + kLengthOffset;
-  Update(*context, kPadding, static_cast<std::uint16_t>(zerosEnd - pending));
-  Update(*context, bits, sizeof bits);
+  MD5Update(context, padding, static_cast<std::uint16_t>(zerosEnd - pending));
+  MD5Update(context, bits, sizeof bits);
   if (digest == nullptr) return;
   Encode(digest, context->state, kDigestSize);
   Fill(reinterpret_cast<unsigned char*>(context), 0, sizeof *context);
