@@ -22,27 +22,28 @@ __attribute__((format(printf, 3, 0))) int PrintPass(char* out, std::size_t size,
   return length;
 }
 
-// Sets `out` to the formatted text only after the last pass, as arguments may point into it: to
-// what the first pass made of it when the memory for a second is refused, which is thrown on. A
-// negative result is vsnprintf's refusal. Nearly all texts fit the first pass; longer ones get the
-// exact size, since counting overflow costs microseconds for each kilobyte.
-__attribute__((format(printf, 2, 0))) int PrintText(std::string& out, char const* format,
-                                                    va_list args) {
-  char shortText[4096];
-  const int length = PrintPass(shortText, sizeof shortText, format, args);
+// What the first pass makes of a text. Nearly all fit; longer ones get the exact size, since
+// counting overflow costs microseconds for each kilobyte.
+struct ShortText {
+  char text[4096];
+  bool isLeft = false;  // there was no memory for the rest
+};
+
+// Sets `out` to the formatted text only after the last pass, as arguments may point into it. A
+// negative result is vsnprintf's refusal.
+__attribute__((format(printf, 3, 0))) int PrintText(std::string& out, ShortText& first,
+                                                    char const* format, va_list args) {
+  const int length = PrintPass(first.text, sizeof first.text, format, args);
   if (length < 0) return length;
   const auto size = static_cast<std::size_t>(length);
-  if (size < sizeof shortText) {
-    out.assign(shortText, size);
+  if (size < sizeof first.text) {
+    out.assign(first.text, size);
     return length;
   }
   std::string text;
-  try {
-    text.resize(size);
-  } catch (...) {
-    out.assign(shortText, sizeof shortText - 1);
-    throw;
-  }
+  first.isLeft = true;
+  text.resize(size);
+  first.isLeft = false;
   const int again = PrintPass(text.data(), size + 1, format, args);
   if (again < 0) return again;
   text.resize(std::min(size, static_cast<std::size_t>(again)));  // the locale may have changed
@@ -68,13 +69,18 @@ void GuardFormatting(char const* function, char const* format, Work work) {
 
 tstring& tstring::FormatV(char const* format, va_list args) {
   if (format == nullptr) return *this;
+  ShortText first;
   GuardFormatting("tstring::FormatV", format, [&] {
-    const int result = PrintText(*this, format, args);
+    const int result = PrintText(*this, first, format, args);
     if (result >= 0) return;
     Trace("%s: The following error %d was returned from _vsntprintf (errno=%d) for [%s]\n",
           "tstring::FormatV", result, errno, format);
     clear();
   });
+  // Only now: `format` may point into the text, too.
+  if (first.isLeft) {
+    GuardFormatting("tstring::FormatV", "", [&] { assign(first.text, sizeof first.text - 1); });
+  }
   return *this;
 }
 
