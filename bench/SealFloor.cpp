@@ -124,7 +124,7 @@ class File {
   }
 
   int m_descriptor;
-  unsigned char m_cache[kCache];
+  alignas(64) unsigned char m_cache[kCache];
   std::size_t m_next = 0;
   std::size_t m_held = 0;
 };
