@@ -143,7 +143,7 @@ TEST_F(Trace, HostsCallsLeaveErrnoAlone) {
   EXPECT_EQ(errno, ENOENT);
   const Lines texts = TakeTexts();
   ASSERT_EQ(texts.size(), 5U);
-  for (const std::size_t i : {0, 1}) EXPECT_EQ(texts[i], "No such file or directory");
+  for (const std::size_t i : {0U, 1U}) EXPECT_EQ(texts[i], "No such file or directory");
 }
 
 // In a process of its own, since a module is named once.
