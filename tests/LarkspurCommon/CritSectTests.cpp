@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,6 +25,7 @@ unsigned long g_clock = 1000;
 int g_traps;
 bool g_servicesThrow;
 bool g_clockThrows;
+std::atomic<bool> g_clockEndsThread;
 Texts g_caught;
 
 // Never returns while the lock is held.
@@ -41,6 +43,8 @@ constexpr char kDebugUnlock[] =
 
 extern "C" unsigned long os_clock() {
   if (g_clockThrows) throw 1;
+  // Unwinds as a cancelled thread does.
+  if (g_clockEndsThread.exchange(false)) pthread_exit(nullptr);
   return g_clock;
 }
 
@@ -150,4 +154,13 @@ TEST(Locks, FailingHostServiceIsReportedAndTheLockFreed) {
   // No time for the hold's report; no time for the line about the foreign release, and no alarm; no
   // clock for the hold's start, nor for how long it is.
   EXPECT_EQ(g_caught, (Texts{"CritSect", "debug", "CritSect", "CritSect", "CritSect"}));
+}
+
+TEST(Locks, ThreadThatEndsInTheClockGivesTheLockBack) {
+  CriticalSection cs(false, "m_cs", false);
+  g_clockEndsThread = true;
+  std::thread ending([&cs] { const LockCriticalSection guard(&cs, true, "taken.cpp", 1); });
+  while (g_clockEndsThread) std::this_thread::yield();
+  ExpectFree(cs);  // before a thread can have the same handle, and so be taken for the owner
+  ending.join();
 }

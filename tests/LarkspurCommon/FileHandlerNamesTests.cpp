@@ -23,7 +23,7 @@ bool RemoveDirectoryTree(unsigned long&, const char* directory) {
 extern "C" bool FindFileIgnoreCase(char* found, const char* path, bool always) {
   static const auto own = reinterpret_cast<bool (*)(char*, const char*, bool)>(
       ::dlsym(RTLD_NEXT, "FindFileIgnoreCase"));
-  return own(found, path == g_alias ? g_aliased.c_str() : path, always);
+  return own(found, path != nullptr && path == g_alias ? g_aliased.c_str() : path, always);
 }
 
 extern "C" int CoCreateGuid(GUID* guid) {
