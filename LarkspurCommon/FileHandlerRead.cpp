@@ -36,38 +36,36 @@ class Line {
 
   // Takes what belongs to the line from the front of `bytes`: how many, perhaps none.
   DWORD Take(const char* bytes, DWORD size) {
-    if (HasLineEnd()) return TakeSecondLineEnd(*bytes);
+    if (m_lineEnd != '\0') return TakeSecondLineEnd(*bytes);
     const auto part = static_cast<DWORD>(
         CopyLinePart(m_text + m_length, bytes, std::min(size, m_room - m_length)));
     m_length += part;
-    if (part == size || m_length == m_room || !HasLineEnd()) return part;
+    // The copy isn't read again: that would wait for it.
+    const char last = bytes[part - 1];
+    if (!IsLineEnd(last)) return part;
+    m_lineEnd = last;
+    if (part == size || m_length == m_room) return part;
     return part + TakeSecondLineEnd(bytes[part]);
   }
 
   // The length, with the line end, of one character or two, made one LF.
   DWORD Finish() {
-    if (m_ended) {
-      if (m_length > 1 && IsLineEnd(m_text[m_length - 2])) --m_length;
-      m_text[m_length - 1] = '\n';
-    }
+    if (m_ended) m_text[m_length - 1] = '\n';
     m_text[m_length] = '\0';
     return m_length;
   }
 
  private:
-  bool HasLineEnd() const { return m_length > 0 && IsLineEnd(m_text[m_length - 1]); }
-
   // The line ends before `next`, unless that makes a pair with the line end before it.
   DWORD TakeSecondLineEnd(char next) {
     m_ended = true;
-    if (!IsLineEnd(next) || next == m_text[m_length - 1]) return 0;
-    m_text[m_length++] = next;
-    return 1;
+    return IsLineEnd(next) && next != m_lineEnd ? 1 : 0;
   }
 
   char* const m_text;
   const DWORD m_room;
   DWORD m_length = 0;
+  char m_lineEnd = '\0';
   bool m_ended = false;
 };
 
