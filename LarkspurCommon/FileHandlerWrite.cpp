@@ -21,6 +21,17 @@ constexpr char kLineEnd[] = {'\r', '\n'};
 
 }  // namespace
 
+// A short write counts as done, as callers know it, but isn't forgotten. Inline as
+// Uninterrupted is.
+[[gnu::always_inline]] inline bool TFileHandler::WriteBytes(const void* bytes, std::size_t size) {
+  if (!HasRoomFor(size)) return FailData(kWrite, errno, kWriting);
+  const ssize_t written = Uninterrupted([&] { return ::write(m_descriptor, bytes, size); });
+  if (written < 0) return FailData(kWrite, errno, kWriting);
+  m_room -= static_cast<DWORD>(written);
+  if (static_cast<std::size_t>(written) < size) FailData(kWrite, ENOSPC, kWriting);
+  return true;
+}
+
 bool TFileHandler::Write(const void* buffer, DWORD length) {
   return AtBoundary(kWrite, __LINE__, false, [&] {
     if (!GetIsOpen()) return false;
@@ -36,16 +47,6 @@ void TFileHandler::WriteFormatString(const char* format, ...) {
   text.FormatV(format, args);
   va_end(args);
   Write(text.c_str(), static_cast<DWORD>(text.size()));
-}
-
-// A short write counts as done, as callers know it, but isn't forgotten.
-bool TFileHandler::WriteBytes(const void* bytes, std::size_t size) {
-  if (!HasRoomFor(size)) return FailData(kWrite, errno, kWriting);
-  const ssize_t written = Uninterrupted([&] { return ::write(m_descriptor, bytes, size); });
-  if (written < 0) return FailData(kWrite, errno, kWriting);
-  m_room -= static_cast<DWORD>(written);
-  if (static_cast<std::size_t>(written) < size) FailData(kWrite, ENOSPC, kWriting);
-  return true;
 }
 
 // Whether a write ends where 32-bit positions reach; false with errno set.

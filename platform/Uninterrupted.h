@@ -4,12 +4,14 @@
 #include <errno.h>
 
 // Makes a system call that gives -1 when it fails, again for as long as signals interrupt it. Not
-// for close: an interrupted one has closed.
+// for close: an interrupted one has closed. Inline: processors guess returns behind a system call
+// wrong.
 template <class Call>
-auto Uninterrupted(Call call) {
-  auto result = call();
-  while (result == -1 && errno == EINTR) result = call();
-  return result;
+[[gnu::always_inline]] inline auto Uninterrupted(Call call) {
+  for (;;) {
+    const auto result = call();
+    if (result != -1 || errno != EINTR) return result;
+  }
 }
 
 #endif
