@@ -90,3 +90,26 @@ bool StampedMutex::Unlock() {
   pthread_mutex_unlock(&m_mutex);
   return true;
 }
+
+bool StampedMutex::LockAt(const char* file, int line, bool) {
+  const pthread_t self = pthread_self();
+  if (m_owner.load(kRelaxed) == self) return false;
+  pthread_mutex_lock(&m_mutex);
+  m_owner.store(self, kRelaxed);
+  m_file.store(file, kRelaxed);
+  m_line.store(line, kRelaxed);
+  m_since.store(static_cast<unsigned>(BareClock()), kRelaxed);
+  return true;
+}
+
+bool StampedMutex::UnlockAt(const char*, int, const char** lockFile, int* lockLine, bool) {
+  if (m_owner.load(kRelaxed) != pthread_self()) return false;
+  if (lockFile != nullptr) *lockFile = m_file.load(kRelaxed);
+  if (lockLine != nullptr) *lockLine = m_line.load(kRelaxed);
+  m_owner.store(0, kRelaxed);
+  m_since.store(0, kRelaxed);
+  m_line.store(0, kRelaxed);
+  m_file.store(nullptr, kRelaxed);
+  pthread_mutex_unlock(&m_mutex);
+  return true;
+}

@@ -31,10 +31,16 @@ class StampedMutex {
   bool Lock();
   bool Unlock();
 
+  // As our lock is called, with the place of the acquisition kept.
+  bool LockAt(const char* file, int line, bool check);
+  bool UnlockAt(const char* file, int line, const char** lockFile, int* lockLine, bool check);
+
  private:
   pthread_mutex_t m_mutex;
   std::atomic<pthread_t> m_owner{0};
   std::atomic<unsigned> m_since{0};
+  std::atomic<int> m_line{0};
+  std::atomic<const char*> m_file{nullptr};
 };
 
 #endif

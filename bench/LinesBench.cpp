@@ -2,39 +2,26 @@
 // characters, as settings and logs have them, in the page cache.
 
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
 #include "LarkspurCommon/FileHandler.h"
+#include "bench/TemporaryFile.h"
 
 namespace {
 
 constexpr std::size_t kSize = 10'000'000;
 
-// A file of such lines, removed at the end.
-class TextFile {
- public:
-  TextFile() {
-    std::string text;
-    for (std::size_t i = 0; text.size() < kSize; ++i) text.append(1 + i * 37 % 99, 'a') += '\n';
-    const int file = ::mkstemp(m_path.data());
-    if (file == -1 || ::write(file, text.data(), text.size()) < 0) std::abort();
-    ::close(file);
-  }
-  ~TextFile() { ::unlink(m_path.c_str()); }
-  TextFile(const TextFile&) = delete;
-  TextFile& operator=(const TextFile&) = delete;
-  const char* Path() const { return m_path.c_str(); }
-
- private:
-  std::string m_path = "/tmp/lines-bench-XXXXXX";
-};
+std::string Lines() {
+  std::string text;
+  for (std::size_t i = 0; text.size() < kSize; ++i) text.append(1 + i * 37 % 99, 'a') += '\n';
+  return text;
+}
 
 void TextModeLines(benchmark::State& state) {
-  const TextFile text;
+  const TemporaryFile text(Lines());
   TFileHandler file;
   if (!file.Open(text.Path(), OFM_READ, NLM_TEXT, false, false)) std::abort();
   char line[1024];
@@ -50,7 +37,7 @@ void TextModeLines(benchmark::State& state) {
 BENCHMARK(TextModeLines)->Unit(benchmark::kMillisecond);
 
 void GetLine(benchmark::State& state) {
-  const TextFile text;
+  const TemporaryFile text(Lines());
   std::FILE* const file = std::fopen(text.Path(), "r");
   char* line = nullptr;
   std::size_t room = 0;

@@ -1,5 +1,6 @@
 // A lock taken and given back with nobody waiting, beside the least that does what it promises: a
-// recursive pthread mutex, the owner tested before it is asked, and the time of the acquisition.
+// recursive pthread mutex, the owner tested before it is asked, and the time of the acquisition;
+// and beside the same with our arguments and the place of the acquisition.
 
 #include <benchmark/benchmark.h>
 
@@ -25,6 +26,15 @@ void RecursiveMutex(benchmark::State& state) {
   }
 }
 BENCHMARK(RecursiveMutex);
+
+void RecursiveMutexAt(benchmark::State& state) {
+  StampedMutex lock;
+  for (auto _ : state) {
+    lock.LockAt("bench", 1, true);
+    lock.UnlockAt("bench", 2, nullptr, nullptr, true);
+  }
+}
+BENCHMARK(RecursiveMutexAt);
 
 }  // namespace
 

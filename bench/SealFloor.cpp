@@ -218,6 +218,16 @@ void ClearSeal(unsigned char* header) {
   std::fill(header + kFlag, header + kSealEnd, 0);
 }
 
+// The header as it is digested, and how much audio there is.
+void BeginCopy(File& recording, unsigned char* header) {
+  ReadHeader(recording, header);
+  Status(recording.Descriptor());
+  recording.Flush();
+  lseek(recording.Descriptor(), 0, SEEK_CUR);
+  lseek(recording.Descriptor(), 0, SEEK_CUR);
+  ClearSeal(header);
+}
+
 bool Seal(const char* path) {
   const std::string name = TemporaryName();
   const std::string directory = s_directory + "/tempfiles/";
@@ -233,13 +243,7 @@ bool Seal(const char* path) {
   LookForName(name);
   File temporary(name, O_RDWR | O_CREAT | O_EXCL);
   CopyOwnerAndMode(path, name);
-  ReadHeader(recording, header);
-  Status(recording.Descriptor());
-  recording.Flush();
-  lseek(recording.Descriptor(), 0, SEEK_CUR);
-  lseek(recording.Descriptor(), 0, SEEK_CUR);
-
-  ClearSeal(header);
+  BeginCopy(recording, header);
   std::copy_n(kCallDuration, sizeof kCallDuration, header + kDuration);
   WriteHeader(temporary, header);
   WriteCopy(temporary, recording, AudioBytes(header), clock);
@@ -289,13 +293,7 @@ bool Verify(const char* path) {
   File temporary(name, O_RDWR | O_CREAT | O_EXCL);
   CopyOwnerAndMode(path, name);
   std::copy_n(header + kDigest, kDigestSize, stored);
-  ReadHeader(recording, header);
-  Status(recording.Descriptor());
-  recording.Flush();
-  lseek(recording.Descriptor(), 0, SEEK_CUR);
-  lseek(recording.Descriptor(), 0, SEEK_CUR);
-
-  ClearSeal(header);
+  BeginCopy(recording, header);
   WriteHeader(temporary, header);
   WriteCopy(temporary, recording, AudioBytes(header), clock);
   ReadDigest(temporary, digest);

@@ -8,41 +8,36 @@
 #include <SimpleIni.h>
 #include <benchmark/benchmark.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
+#include <locale>
+#include <map>
 #include <string>
 
 #include "LarkspurCommon/CorvoIniData.h"
+#include "bench/BarePeers.h"
+#include "bench/TemporaryFile.h"
 
 namespace {
 
 constexpr int kKeys = 200;
 
-// The file, removed at the end.
-class SettingsFile {
- public:
-  SettingsFile() {
-    const int file = ::mkstemp(m_path.data());
-    if (file == -1) std::abort();
-    ::close(file);
-    std::ofstream out(m_path);
-    for (int i = 0; i < kKeys; ++i) {
-      out << "SETTINGNUMBER" << 1000 + i << "=/var/rec/value/" << i * 7919 << "\r\n";
-    }
-  }
-  ~SettingsFile() { ::unlink(m_path.c_str()); }
-  SettingsFile(const SettingsFile&) = delete;
-  SettingsFile& operator=(const SettingsFile&) = delete;
-  const char* Path() const { return m_path.c_str(); }
+std::string Key(int i) {
+  return "SETTINGNUMBER" + std::to_string(1000 + i);
+}
 
- private:
-  std::string m_path = "/tmp/settings-bench-XXXXXX";
-};
+std::string Value(int i) {
+  return "/var/rec/value/" + std::to_string(i * 7919);
+}
+
+std::string Settings() {
+  std::string text;
+  for (int i = 0; i < kKeys; ++i) text += Key(i) + '=' + Value(i) + "\r\n";
+  return text;
+}
 
 void LoadCorvo(benchmark::State& state) {
-  const SettingsFile file;
+  const TemporaryFile file(Settings());
   for (auto _ : state) {
     CorvoIniData store(file.Path());
     benchmark::DoNotOptimize(store);
@@ -51,7 +46,7 @@ void LoadCorvo(benchmark::State& state) {
 BENCHMARK(LoadCorvo);
 
 void LoadInih(benchmark::State& state) {
-  const SettingsFile file;
+  const TemporaryFile file(Settings());
   for (auto _ : state) {
     INIReader reader(file.Path());
     benchmark::DoNotOptimize(reader);
@@ -60,14 +55,14 @@ void LoadInih(benchmark::State& state) {
 BENCHMARK(LoadInih);
 
 void GetCorvo(benchmark::State& state) {
-  const SettingsFile file;
+  const TemporaryFile file(Settings());
   CorvoIniData store(file.Path());
   for (auto _ : state) benchmark::DoNotOptimize(store.Get("SETTINGNUMBER1117"));
 }
 BENCHMARK(GetCorvo);
 
 void GetStat(benchmark::State& state) {
-  const SettingsFile file;
+  const TemporaryFile file(Settings());
   struct stat status;
   for (auto _ : state) {
     ::stat(file.Path(), &status);
@@ -76,12 +71,34 @@ void GetStat(benchmark::State& state) {
 }
 BENCHMARK(GetStat);
 
+// The least that a look-up is made of: the lock, the `stat`, the upper-case key, the search and the
+// copy of the value.
+void GetLeast(benchmark::State& state) {
+  const TemporaryFile file(Settings());
+  std::map<std::string, std::string> entries;
+  for (int i = 0; i < kKeys; ++i) entries[Key(i)] = Value(i);
+  StampedMutex lock;
+  const auto& facet = std::use_facet<std::ctype<char>>(std::locale::classic());
+  struct stat status;
+  for (auto _ : state) {
+    lock.LockAt("bench", 1, true);
+    ::stat(file.Path(), &status);
+    std::string key("SETTINGNUMBER1117");
+    facet.toupper(key.data(), key.data() + key.size());
+    const std::string value = entries.find(key)->second;
+    lock.UnlockAt("bench", 2, nullptr, nullptr, true);
+    benchmark::DoNotOptimize(value.c_str());
+    benchmark::DoNotOptimize(status);
+  }
+}
+BENCHMARK(GetLeast);
+
 const char* NextValue(int& count) {
   return ++count % 2 == 0 ? "/var/rec/value/1" : "/var/rec/value/2";
 }
 
 void SetCorvo(benchmark::State& state) {
-  const SettingsFile file;
+  const TemporaryFile file(Settings());
   CorvoIniData store(file.Path());
   int count = 0;
   for (auto _ : state) store.Set("SETTINGNUMBER1117", NextValue(count));
@@ -89,7 +106,7 @@ void SetCorvo(benchmark::State& state) {
 BENCHMARK(SetCorvo);
 
 void SetSimpleIni(benchmark::State& state) {
-  const SettingsFile file;
+  const TemporaryFile file(Settings());
   CSimpleIniA store;
   if (store.LoadFile(file.Path()) < 0) std::abort();
   int count = 0;
