@@ -8,6 +8,7 @@
 #include <cstring>
 #include <exception>
 
+#include "LarkspurCommon/Contain.h"
 #include "LarkspurCommon/tstring.h"
 
 namespace {
@@ -77,10 +78,8 @@ tstring& tstring::FormatV(char const* format, va_list args) {
           "tstring::FormatV", result, errno, format);
     clear();
   });
-  // Only now: `format` may point into the text, too.
-  if (first.isLeft) {
-    GuardFormatting("tstring::FormatV", "", [&] { assign(first.text, sizeof first.text - 1); });
-  }
+  // Only now: `format` may point into the text, too. What this throws has been reported.
+  if (first.isLeft) Contain([&] { assign(first.text, sizeof first.text - 1); });
   return *this;
 }
 

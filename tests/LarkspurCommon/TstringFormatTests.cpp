@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <signal.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 #include <utility>
@@ -14,6 +15,7 @@
 static int g_raised = 0;
 static bool g_trapAgain = false;
 static bool g_failOnce = false;
+static std::size_t g_mostMemory = SIZE_MAX;
 
 // The library's calls come here; a signal handler may trap meanwhile.
 extern "C" int raise(int number) noexcept {
@@ -23,13 +25,13 @@ extern "C" int raise(int number) noexcept {
 }
 
 void* operator new(std::size_t size) {
-  if (std::exchange(g_failOnce, false)) throw std::bad_alloc();
+  if (std::exchange(g_failOnce, false) || size > g_mostMemory) throw std::bad_alloc();
   return std::malloc(size);
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
   std::free(memory);
 }
 
@@ -56,11 +58,17 @@ TEST(TstringFormat, FailuresAreReportedNotThrown) {
   g_failOnce = true;
   s.AppendFormat("%100d", 1);
   EXPECT_EQ(s, std::string(4095, ' '));  // what the pass that needs no memory made
+  tstring kept("before");
+  g_mostMemory = 2000;  // neither for all nor for the first part
+  kept.Format("%6000d", 1);
+  g_mostMemory = SIZE_MAX;
+  EXPECT_EQ(kept, "before");
   const Texts expected = {
       "tstring::FormatV: The following error -1 was returned from _vsntprintf (errno=84) for "
       "[%ls]",
       "tstring::FormatV: STL Exception std::bad_alloc processing [%5000d]",
-      "tstring::FormatV: STL Exception std::bad_alloc processing [%100d]"};
+      "tstring::FormatV: STL Exception std::bad_alloc processing [%100d]",
+      "tstring::FormatV: STL Exception std::bad_alloc processing [%6000d]"};
   EXPECT_EQ(log.Texts(0x0F, '8'), expected);
 }
 
