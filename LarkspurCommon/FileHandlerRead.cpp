@@ -72,12 +72,13 @@ class Line {
 }  // namespace
 
 bool TFileHandler::Read(void* buffer, DWORD length, DWORD* got) {
-  if (m_newLineMode != NLM_TEXT && GetIsOpen()) return CachedRead(buffer, length, got);
   DWORD ignored;
   DWORD& delivered = got != nullptr ? *got : ignored;
   delivered = 0;
   return AtBoundary(kRead, __LINE__, false, [&] {
-    return GetIsOpen() && ReadLine(static_cast<char*>(buffer), length, delivered);
+    if (!GetIsOpen()) return false;
+    if (m_newLineMode != NLM_TEXT) return CachedRead(buffer, length, &delivered);
+    return ReadLine(static_cast<char*>(buffer), length, delivered);
   });
 }
 
