@@ -35,7 +35,7 @@ bool ClaimReread() {
   DWORD last = dwLastUpdateTime.load(std::memory_order_acquire);
   const DWORD now = TraceClock();
   return now - last > kRereadInterval &&
-         dwLastUpdateTime.compare_exchange_strong(last, now, std::memory_order_relaxed);
+         dwLastUpdateTime.compare_exchange_strong(last, now, std::memory_order_acq_rel);
 }
 
 // False: something threw. A look that fails decides the answer.

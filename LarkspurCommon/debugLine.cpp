@@ -92,11 +92,11 @@ bool IsSameSecond(SYSTEMTIME const& a, SYSTEMTIME const& b) {
          a.wDay == b.wDay && a.wMonth == b.wMonth;
 }
 
-// A signal's handler may trace meanwhile: it finds nothing kept.
+// A signal's handler may trace meanwhile: it finds nothing kept. What it leaves itself is kept for
+// its own second, or overwritten: at worst the interrupted line mixes the two.
 void RememberSecond(ThreadState& state, SYSTEMTIME const& now) {
   state.time.length = 0;
   std::atomic_signal_fence(std::memory_order_seq_cst);
-  state.second = now;
   char* out = PutNumber<10, 2>(state.time.text, now.wDay);
   *out++ = '/';
   out = PutNumber<10, 2>(out, now.wMonth);
@@ -108,6 +108,7 @@ void RememberSecond(ThreadState& state, SYSTEMTIME const& now) {
   out = PutNumber<10, 2>(out, now.wSecond);
   *out++ = '.';
   std::atomic_signal_fence(std::memory_order_seq_cst);
+  state.second = now;
   state.time.End(out);
 }
 
@@ -312,7 +313,9 @@ template <class Char>
 
 template <class Char>
 [[gnu::always_inline]] inline void WriteIfWanted(DWORD id, Char const* format, va_list args) {
-  if (&IsDebugEnabled != &OwnIsDebugEnabled) return AskHost(id, format, args);
+  auto* own = &OwnIsDebugEnabled;
+  asm("" : "+r"(own));  // to compilers, two names have two addresses
+  if (&IsDebugEnabled != own) return AskHost(id, format, args);
   if (IsWanted(id)) Write(id, format, args);
 }
 

@@ -53,7 +53,8 @@ void RereadDebugSettings();
 void RestartIndentation();
 
 // Callers trace between a failing call and their look at errno, and may print it with %m. What a
-// host supplies may change it.
+// host supplies may change it: each function that runs such a thing keeps it, but for a host's own
+// __InternalDebugA and __InternalDebugW, which take that upon themselves.
 class KeepErrno {
  public:
   KeepErrno() : m_errno(errno) {}

@@ -41,7 +41,7 @@ template <std::size_t kGroup>
   // A block begins with E itself; nothing is left to rotate.
   const __m128i e = kGroup == 0 ? _mm_add_epi32(v.e, w) : _mm_sha1nexte_epu32(v.e, w);
   // The copy becomes E, and the rounds change A to D where they are: the other way round, the move
-  // stands in the chain of rounds, and a processor that doesn't rename it away is a sixth slower.
+  // stands in the chain of rounds, which then waits for it unless the processor renames it away.
   v.e = v.abcd;
   asm("" : "+x"(v.e));
   v.abcd = _mm_sha1rnds4_epu32(v.abcd, e, kGroup / 5);
