@@ -60,7 +60,7 @@ MICRO = [
      "RecursiveMutexAt", "time", None),
 ]
 
-SEAL_SIZES = [(7_200_000, 2, 25), (72_000_000, 1, 14), (500_000_000, 1, 4)]  # audio, files, runs
+SEAL_SIZES = [(7_200_000, 2, 25), (72_000_000, 1, 10), (500_000_000, 1, 3)]  # audio, files, runs
 TREE = (7_200_000, 60)  # audio of a file, files
 
 
