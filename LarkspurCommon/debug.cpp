@@ -58,16 +58,6 @@ void _DebugW(wchar_t const* format, ...) {
   va_end(args);
 }
 
-void __DebugA(DWORD id, char const* format, va_list args) {
-  RunGuarded("void __DebugA(DWORD, const char*, va_list)", __LINE__,
-             [&] { __InternalDebugA(id, format, args); });
-}
-
-void __DebugW(DWORD id, wchar_t const* format, va_list args) {
-  RunGuarded("void __DebugW(DWORD, const wchar_t*, va_list)", __LINE__,
-             [&] { __InternalDebugW(id, format, args); });
-}
-
 void SetDebugHooks(WideHook wideHook, NarrowHook narrowHook) {
   s_lpfndbgWHook.store(wideHook);
   s_lpfndbgAHook.store(narrowHook);

@@ -6,6 +6,7 @@
 // What the host programs call, however they come by the library: one source links it, one loads it.
 struct Library {
   void (*debug)(DWORD id, const char* format, ...);
+  void (*debugWide)(DWORD id, const wchar_t* format, ...);
   bool (*deletePath)(const char* path, bool recursive);
   bool (*createSignature)(const char* path, UWORD codec, LONGLONG* start, LONGLONG* end);
   bool (*verifySignature)(const char* path);

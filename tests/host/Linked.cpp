@@ -8,6 +8,7 @@
 
 Library OpenLibrary(const char*) {
   return {DebugA,
+          DebugW,
           TFileHandler::Delete,
           CreateSignature,
           VerifySignature,

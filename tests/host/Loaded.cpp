@@ -27,6 +27,7 @@ Library OpenLibrary(const char* path) {
   }
   Library library{};
   Find(handle, "_Z6DebugAjPKcz", library.debug);
+  Find(handle, "_Z6DebugWjPKwz", library.debugWide);
   Find(handle, "_ZN12TFileHandler6DeleteEPKcb", library.deletePath);
   Find(handle, "CreateSignature", library.createSignature);
   Find(handle, "VerifySignature", library.verifySignature);

@@ -11,6 +11,7 @@
 #include "Checks.h"
 #include "LarkspurCommon/FileHandler.h"
 #include "LarkspurCommon/XTTime.h"
+#include "LarkspurCommon/debug.h"
 #include "Library.h"
 #include "platform/HostServices.h"
 #include "platform/Win32Compat.h"
@@ -24,7 +25,7 @@ namespace {
 constexpr DWORD kFailure = 0x00270002;  // the trace starts, and writes it by default
 
 struct Calls {
-  int removeDirectoryTree, sleep, moveFile, settingsDirectory, releaseMarker;
+  int removeDirectoryTree, sleep, moveFile, settingsDirectory, releaseMarker, wideLines;
 } g_calls;
 
 std::string g_console;
@@ -38,6 +39,12 @@ void ConsolePrint(unsigned long, const char* format, ...) {
   std::vsnprintf(line, sizeof line, format, arguments);
   va_end(arguments);
   g_console += line;
+}
+
+// Above the filter: each line comes here.
+void __InternalDebugW(DWORD, const wchar_t*, va_list) {
+  ++g_calls.wideLines;
+  throw 1;
 }
 
 bool RemoveDirectoryTree(unsigned long&, const char*) {
@@ -91,6 +98,8 @@ int main(int argc, char** argv) {
   host_test::Checks checks;
   const Library library = OpenLibrary(argv[2]);
   library.debug(kFailure, "%s", "Hello");
+  library.debugWide(kFailure, L"%s", "Hello");
+  checks.Expect("__InternalDebugW", g_calls.wideLines == 1);
   checks.Expect("ConsolePrint", g_console.find("Hello\n") != std::string::npos);
   checks.Expect("GetLocalTime", g_console.rfind("03/02 04:05:06.007 ", 0) == 0);
   checks.Expect("GetModuleFileName", g_console.find(" Server ") != std::string::npos);
