@@ -15,6 +15,20 @@ void AtBoundary(const char* label, int line, Body body) {
   ::AtBoundary({"FileHandler", label, line}, body);
 }
 
+// As AtBoundary, for what moves a file's data: whoever looks only at the file afterwards must see
+// there, in `failed`, that something was thrown.
+template <class Body>
+bool AtDataBoundary(const char* label, int line, bool& failed, Body body) {
+  bool thrown = true;
+  const bool ok = AtBoundary(label, line, false, [&] {
+    const bool result = body();
+    thrown = false;
+    return result;
+  });
+  if (thrown) failed = true;
+  return ok;
+}
+
 }  // namespace file_layer
 
 #endif

@@ -75,11 +75,17 @@ bool TFileHandler::Read(void* buffer, DWORD length, DWORD* got) {
   DWORD ignored;
   DWORD& delivered = got != nullptr ? *got : ignored;
   delivered = 0;
-  return AtBoundary(kRead, __LINE__, false, [&] {
+  bool thrown = false;
+  const bool ok = AtDataBoundary(kRead, __LINE__, thrown, [&] {
     if (!GetIsOpen()) return false;
     if (m_newLineMode != NLM_TEXT) return CachedRead(buffer, length, &delivered);
     return ReadLine(static_cast<char*>(buffer), length, delivered);
   });
+  if (thrown) {  // by a host's version of one of these
+    m_failedSinceOpen = true;
+    m_endOfFile = delivered == 0;
+  }
+  return ok;
 }
 
 // What the cache holds is there at once; the rest may fail.

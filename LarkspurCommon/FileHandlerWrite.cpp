@@ -33,7 +33,7 @@ constexpr char kLineEnd[] = {'\r', '\n'};
 }
 
 bool TFileHandler::Write(const void* buffer, DWORD length) {
-  return AtBoundary(kWrite, __LINE__, false, [&] {
+  return AtDataBoundary(kWrite, __LINE__, m_failedSinceOpen, [&] {
     if (!GetIsOpen()) return false;
     if (m_newLineMode != NLM_TEXT) return WriteBytes(buffer, length);
     return WriteText(static_cast<const char*>(buffer));

@@ -1,6 +1,9 @@
 // Positions, and what a file handler does, says and remembers when a system call fails.
 
+#include <dlfcn.h>
+
 #include <cerrno>
+#include <utility>
 
 #include "FileHandlerTest.h"
 #include "platform/Win32Compat.h"
@@ -11,6 +14,7 @@ namespace {
 
 char g_buffer[8];
 bool g_countingThrows;
+bool g_lookThrows;
 
 using Operation = bool (*)(TFileHandler&);
 const Operation kReadSome = [](TFileHandler& file) { return file.Read(g_buffer, 8, nullptr); };
@@ -26,6 +30,25 @@ const Operation kMakeEnd = [](TFileHandler& file) {
 extern "C" LONG InterlockedIncrement(LONG* value) {
   if (g_countingThrows) throw 1;
   return __atomic_add_fetch(value, 1, __ATOMIC_SEQ_CST);
+}
+
+// A host's version of a member that reading and writing call.
+bool TFileHandler::GetIsOpen() {
+  static const auto own = reinterpret_cast<bool (*)(TFileHandler*)>(
+      ::dlsym(RTLD_NEXT, "_ZN12TFileHandler9GetIsOpenEv"));
+  if (std::exchange(g_lookThrows, false)) throw 1;
+  return own(this);
+}
+
+// Who copies looks at the file alone: without a failure there, the bytes would be missed by nobody.
+TEST_F(FileHandlerTest, WhatAHostThrowsIsAFailureOfTheFile) {
+  for (const Operation operation : {kWriteSome, kReadSome}) {
+    ASSERT_TRUE(Open(Make("a", "0123456789"), OFM_READWRITE));
+    g_lookThrows = true;
+    EXPECT_FALSE(operation(file));
+    EXPECT_TRUE(file.FailedSinceOpen());
+  }
+  EXPECT_TRUE(file.EndOfFile()) << "or loops over reads wouldn't end";
 }
 
 TEST_F(FileHandlerTest, FailuresAreToldOnceAndRemembered) {
