@@ -92,8 +92,9 @@ bool IsSameSecond(SYSTEMTIME const& a, SYSTEMTIME const& b) {
          a.wDay == b.wDay && a.wMonth == b.wMonth;
 }
 
-// A signal's handler may trace meanwhile: it finds nothing kept. What it leaves itself is kept for
-// its own second, or overwritten: at worst the interrupted line mixes the two.
+// A signal's handler may trace meanwhile: it finds nothing kept. At worst the interrupted line
+// mixes the two seconds, and with it lines of its own second, should the clock be set back into
+// that.
 void RememberSecond(ThreadState& state, SYSTEMTIME const& now) {
   state.time.length = 0;
   std::atomic_signal_fence(std::memory_order_seq_cst);

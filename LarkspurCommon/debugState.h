@@ -62,8 +62,7 @@ template <class Function>
 void RestartIndentation();
 
 // Callers trace between a failing call and their look at errno, and may print it with %m. What a
-// host supplies may change it: each function that runs such a thing keeps it, but for a host's own
-// __InternalDebugA and __InternalDebugW, which take that upon themselves.
+// host supplies may change it; a host that replaces trace calls keeps it there itself.
 class KeepErrno {
  public:
   KeepErrno() : m_errno(errno) {}

@@ -7,7 +7,8 @@
 #include <cstdarg>
 
 // The least that does what the library does, in a library of its own and compiled as that is: a
-// host reaches both in the same way.
+// host reaches both in the same way. The disabled trace call makes every call that a host may
+// replace, though the library leaves one out that the host hasn't.
 
 // A disabled trace call: the chain of calls that a host may replace, a look at the coarse clock,
 // and the filter.

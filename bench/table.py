@@ -4,7 +4,8 @@
     bench/table.py NAME=BUILD_FOLDER...
 
 A figure is the least of several runs that take turns with the peer's: the machine's moods only
-ever add. Pauses are their average. A ratio is this system's time to the peer's; a rate's is the peer's time to this system's.
+ever add. Pauses are their average. A ratio is this system's time to the peer's; a rate's is the
+peer's time to this system's.
 """
 
 import json

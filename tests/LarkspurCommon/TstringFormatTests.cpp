@@ -28,6 +28,7 @@ void* operator new(std::size_t size) {
   if (std::exchange(g_failOnce, false) || size > g_mostMemory) throw std::bad_alloc();
   return std::malloc(size);
 }
+// Inline, this alone would show compilers a free of what isn't from malloc.
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
