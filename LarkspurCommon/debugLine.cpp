@@ -17,6 +17,7 @@
 #include "LarkspurCommon/debug.h"
 #include "LarkspurCommon/debugState.h"
 #include "platform/HostServices.h"
+#include "platform/OwnFunction.h"
 #include "platform/Win32Compat.h"
 
 char s_szModuleNameA[9];

@@ -46,17 +46,10 @@ extern std::atomic<WideHook> s_lpfndbgWHook;
 // ReadDebugSettings, unless the module has been stopped or a thread is in the settings already.
 void RereadDebugSettings();
 
-// Under names that a host can't give to its own.
+// For IsOwn.
 [[gnu::visibility("hidden")]] bool OwnIsDebugEnabled(DWORD id);
 [[gnu::visibility("hidden")]] void OwnInternalDebugA(DWORD id, char const* format, va_list args);
 [[gnu::visibility("hidden")]] void OwnInternalDebugW(DWORD id, wchar_t const* format, va_list args);
-
-// Whether a function, as calls find it, is the library's own and not a host's.
-template <class Function>
-[[gnu::always_inline]] inline bool IsOwn(Function* found, Function* own) {
-  asm("" : "+r"(own));  // to compilers, two names have two addresses
-  return found == own;
-}
 
 // Every thread indents from 0 again.
 void RestartIndentation();

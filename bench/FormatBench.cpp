@@ -1,5 +1,6 @@
 // What formatting into a text costs: an error line that fits the first try, and a text that
-// doesn't. Beside it the bare formatter into a buffer on the stack, and {fmt}'s printf-style call.
+// doesn't. Beside it the bare formatter into a buffer on the stack, {fmt}'s printf-style
+// call, and the bare formatter with the copy that sets a text.
 
 #include <benchmark/benchmark.h>
 #include <fmt/printf.h>

@@ -1,5 +1,6 @@
 // The settings store over a file of 200 keys: reading it, a look-up, a change. Beside it two
-// libraries that read and write such files, and the `stat` that a look-up can't do without.
+// libraries that read and write such files, the `stat` that a look-up can't do without,
+// and all that one is made of.
 
 #define _TIME_BITS 64     // a stat that works after 2038, as ours does
 #define SI_NO_CONVERSION  // bytes are kept as they are

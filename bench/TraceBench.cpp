@@ -1,6 +1,7 @@
 // What a trace call costs: one that the filter stops, a line to a hook that does nothing, and a
-// traced function. Beside it the bare filter, a logging library with the same pattern, and the line
-// as its description reads, by snprintf. Unit: one call or line.
+// traced function. Beside it the bare filter, a logging library with the same pattern, the line as
+// its description reads, by snprintf, and the calls that a line can't do without. Unit: one call or
+// line.
 
 #define _TIME_BITS 64  // clocks that work after 2038, as ours do
 

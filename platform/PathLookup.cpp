@@ -12,6 +12,7 @@
 
 #include <memory>
 
+#include "platform/OwnFunction.h"
 #include "platform/Win32Compat.h"
 
 namespace {
@@ -111,12 +112,12 @@ bool FindFileIgnoreCase(char* found, const char* path, bool) {
   return platform::ToUnixPath(found, path) && platform::SpellAsOnDisk(found);
 }
 
-// The same under a name that nobody else can give.
+// For IsOwn.
 extern "C" bool OwnFindFileIgnoreCase(char* found, const char* path, bool)
     __attribute__((alias("FindFileIgnoreCase"), visibility("hidden")));
 
 bool platform::FindsFilesItself() {
-  return &FindFileIgnoreCase == &OwnFindFileIgnoreCase;
+  return IsOwn(&FindFileIgnoreCase, &OwnFindFileIgnoreCase);
 }
 
 char* DosToUnixFileName(char* out, const char* path) {
